@@ -1,0 +1,45 @@
+#include "tarvolink/base/cBSync.h"
+
+#include <boost/chrono.hpp>
+#include <boost/thread/thread.hpp>
+
+namespace kavTBX {
+
+void cBSync::unblock() {
+  boost::mutex::scoped_lock lock(mutex);
+  signalled = true;
+  condition.notify_all();
+}
+
+void cBSync::reset() {
+  boost::mutex::scoped_lock lock(mutex);
+  signalled = false;
+}
+
+void cBSync::wait() {
+  boost::this_thread::disable_interruption uninterrupted;
+  boost::mutex::scoped_lock lock(mutex);
+  while (!signalled) condition.wait(lock);
+}
+
+void cBSync::wait_and_reset() {
+  boost::this_thread::disable_interruption uninterrupted;
+  boost::mutex::scoped_lock lock(mutex);
+  while (!signalled) condition.wait(lock);
+  signalled = false;
+}
+
+bool cBSync::wait_and_reset(int timeout) {
+  const auto deadline = boost::chrono::steady_clock::now() + boost::chrono::milliseconds(timeout);
+  boost::this_thread::disable_interruption uninterrupted;
+  boost::mutex::scoped_lock lock(mutex);
+  while (!signalled) {
+    if (condition.wait_until(lock, deadline) == boost::cv_status::timeout && !signalled) {
+      return false;
+    }
+  }
+  signalled = false;
+  return true;
+}
+
+}  // namespace kavTBX

@@ -1,0 +1,94 @@
+#include "tarvolink/base/cThread.h"
+
+#include <pthread.h>
+#include <signal.h>
+
+namespace kavTBX {
+
+namespace {
+
+/// Blocks all signals in the calling thread for its lifetime; a thread made meanwhile
+/// inherits the mask (pthread_create).
+class cSignalsBlocked {
+ public:
+  cSignalsBlocked() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+  }
+  ~cSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+  cSignalsBlocked(const cSignalsBlocked&) = delete;
+  cSignalsBlocked& operator=(const cSignalsBlocked&) = delete;
+
+ private:
+  sigset_t before;
+};
+
+}  // namespace
+
+cThread::~cThread() {
+  join();
+  delete thread;
+}
+
+void cThread::run() {
+  boost::this_thread::disable_interruption uninterrupted;
+  boost::mutex::scoped_lock one(threadMutex);
+  if (thread != nullptr || isFinishing()) return;
+  start();
+  boost::mutex::scoped_lock lock(flagMutex);
+  while (!initialised) condition.wait(lock);
+}
+
+void cThread::start() {
+  const cSignalsBlocked inherited;
+  thread = new boost::thread([this] { work(); });
+}
+
+void cThread::finalize() {
+  setFinishing();
+  threadFinReq();
+  join();
+}
+
+void cThread::join() {
+  boost::this_thread::disable_interruption uninterrupted;
+  boost::mutex::scoped_lock one(threadMutex);
+  if (thread != nullptr && thread->joinable()) thread->join();
+}
+
+bool cThread::isFinishing() {
+  boost::mutex::scoped_lock lock(flagMutex);
+  return finishing;
+}
+
+void cThread::setFinishing() {
+  boost::mutex::scoped_lock lock(flagMutex);
+  finishing = true;
+}
+
+bool cThread::wasStarted() {
+  boost::mutex::scoped_lock one(threadMutex);
+  return thread != nullptr;
+}
+
+void cThread::work() {
+  try {
+    threadInit();
+    announceInitialised();
+    do {
+      threadFunc();
+    } while (!isFinishing());
+  } catch (...) {
+    setFinishing();
+    announceInitialised();
+  }
+}
+
+void cThread::announceInitialised() {
+  boost::mutex::scoped_lock lock(flagMutex);
+  initialised = true;
+  condition.notify_all();
+}
+
+}  // namespace kavTBX

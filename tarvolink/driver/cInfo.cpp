@@ -1,0 +1,7 @@
+#include "tarvolink/driver/cInfo.h"
+
+cInfo::~cInfo() = default;
+
+int cInfo::getNumSpot() const { return numSpot; }
+
+int cInfo::getScanSpeed() const { return scanSpeed; }

@@ -1,0 +1,50 @@
+#ifndef TARVOLINK_DRIVER_CSENSORDRIVER_H
+#define TARVOLINK_DRIVER_CSENSORDRIVER_H
+
+#include <boost/shared_ptr.hpp>
+#include <string>
+#include <vector>
+
+#include "tarvolink/driver/cInfo.h"
+#include "tarvolink/driver/iSCIP1IF.h"
+#include "tarvolink/driver/iSCIP2IF.h"
+#include "tarvolink/export.h"
+#include "tarvolink/scan/tLockableList.h"
+#include "tarvolink/scip/cTarvoLink.h"
+
+/// A sensor: what is known about it, and the line to it.
+///
+/// One driver per link: two would take each other's answers. Made by
+/// `cSensorDriverManager`. Destroying it stops its threads and lets go of the port, but no
+/// destructor stops the sensor: call `stopAll()` and `abortScan()` before.
+class TARVOLINK_API cSensorDriver : public cInfo {
+ public:
+  /// A driver over `link`, which must be set.
+  explicit cSensorDriver(boost::shared_ptr<cTarvoLink> link);
+  /// A driver over a link of its own, made on `portbuf`.
+  explicit cSensorDriver(boost::shared_ptr<kavTBX::basic_portbuf<char>> portbuf);
+  cSensorDriver(const cSensorDriver&) = delete;
+  cSensorDriver& operator=(const cSensorDriver&) = delete;
+  ~cSensorDriver() override;
+
+  const int& getErr() const override;
+  std::string getLastRawCommand() const override;
+  std::string getResponseBody() const override;
+
+  /// The sensor's SCIP 1.x commands. Lives as long as the driver.
+  virtual iSCIP1IF* getSCIP1IF() = 0;
+  /// The sensor's scanning interface. Lives as long as the driver.
+  virtual iSCIP2IF* getSCIP2IF() = 0;
+
+  /// Decodes values of `width` characters (2, 3 or 4), 6 bits each as the character less
+  /// 0x30, most significant first. Empty when the length of `data` is no multiple of
+  /// `width`, or `width` below 1. Characters outside 0x30 to 0x6F are not refused and give
+  /// values out of range. Any thread.
+  static std::vector<int> decode6bit(std::string data, int width);
+
+ protected:
+  boost::shared_ptr<cTarvoLink> link;
+  boost::shared_ptr<cLockableScanList> scans;
+};
+
+#endif

@@ -1,0 +1,136 @@
+#include "tarvolink/driver/cSensorDriverManager.h"
+
+#include <boost/thread/exceptions.hpp>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+#include "tarvolink/scip/cSCIPError.h"
+#include "tarvolink/scip2/cSensorDriverSCIP2.h"
+
+namespace {
+
+using tDriver = boost::shared_ptr<cSensorDriver>;
+using tLink = boost::shared_ptr<cTarvoLink>;
+using tProbe = std::unique_ptr<cSensorDriverSCIP2>;
+
+constexpr int PROBE_TIMEOUT = 300;  // milliseconds a read
+constexpr int PROBE_SPEEDS[] = {115200, 500000, 19200, 57600};
+constexpr int PROBE_PASSES = 3;
+
+bool isRefused(int error) { return (error & cSCIPError::ESTATUS_MASK) != 0; }
+
+/// A fetch whose failure does not matter here: what it misses, the caller fetches again.
+template <typename Fetch>
+void fetchQuietly(Fetch fetch) {
+  try {
+    fetch();
+  } catch (const std::out_of_range&) {
+    // A line with a right sum that is too short to hold a value: as good as no answer.
+  }
+}
+
+/// A probe of a sensor that has been switched to SCIP 2.0 lives on asleep, without the link, or
+/// an unplugged device would keep its name taken. The registry is never destroyed: its threads
+/// sleep until the process ends.
+void putToSleep(tProbe probe) {
+  static auto& mutex = *new boost::mutex;
+  static auto& asleep = *new std::vector<tProbe>;
+  probe->releaseLink();
+  boost::mutex::scoped_lock guard(mutex);
+  asleep.push_back(std::move(probe));
+}
+
+/// The sensor does not know "TM2" in its present state: it is taken as it is once reset.
+tDriver resetProbe(tProbe probe) {
+  if (isRefused(probe->doRaw2("\nRS", 1)->error)) return tDriver();
+  return tDriver(probe.release());
+}
+
+tDriver activate(tProbe probe) {
+  fetchQuietly([&probe] { probe->fetchParameters(); });
+  std::cerr << (probe->isActivated() ? "driver is activated" : "driver is not activated")
+            << std::endl;
+  return tDriver(probe.release());
+}
+
+tDriver makeSwitched(const tLink& link) {
+  boost::shared_ptr<cSensorDriverSCIP2> driver(new cSensorDriverSCIP2(link));
+  driver->start();
+  fetchQuietly([&driver] { driver->fetchParameters(); });
+  return driver;
+}
+
+/// The sensor did not answer in SCIP 2.0: asks in SCIP 1.x, on the link itself.
+tDriver askSCIP1(const tLink& link, tProbe probe) {
+  probe->hush();
+  if (isRefused(link->doRaw1("V"))) return tDriver();
+  if (isRefused(link->doRaw1("SCIP2.0"))) return tDriver();
+  putToSleep(std::move(probe));
+  return makeSwitched(link);
+}
+
+tDriver detect(const tLink& link) {
+  link->recvRecord();  // whatever the sensor still had to say
+  tProbe probe(new cSensorDriverSCIP2(link));
+  probe->start();
+  fetchQuietly([&probe] { probe->fetchVersionStr(); });
+  const boost::shared_ptr<cSCIPRecord> answer = probe->doRaw2("\n\nTM2", 1);
+  if (!answer) return tDriver();
+  if ((answer->error & cSCIPError::ESCIP2_EXTSTATUS) != 0) return resetProbe(std::move(probe));
+  if (!isRefused(answer->error) || (answer->error & cSCIPError::ESCIP2_STATUS) != 0) {
+    return activate(std::move(probe));
+  }
+  return askSCIP1(link, std::move(probe));
+}
+
+}  // namespace
+
+const char* const cSensorDriverManager::protoId[5] = {
+    "00000",
+    "00001,(SCIP 1.0)",
+    "00002,(SCIP 1.0)",
+    "00003,(SCIP 1.0)",
+    "00003,(SCIP1.0z[Data Encoded by 3char for over 4095m])",
+};
+
+boost::shared_ptr<cSensorDriver> cSensorDriverManager::create(std::string device) {
+  const boost::shared_ptr<kavTBX::cPortSetting> setting(new kavTBX::cPortSetting);
+  return create(boost::shared_ptr<kavTBX::basic_portbuf<char>>(
+      new kavTBX::basic_portbuf<char>(device, setting)));
+}
+
+boost::shared_ptr<cSensorDriver> cSensorDriverManager::create(
+    boost::shared_ptr<kavTBX::basic_portbuf<char>> portbuf) {
+  return create(tLink(new cTarvoLink(portbuf)));
+}
+
+boost::shared_ptr<cSensorDriver> cSensorDriverManager::create(boost::shared_ptr<cTarvoLink> link) {
+  kavTBX::basic_portbuf<char>& port = *link->portbuf;
+  port.readTimeout = PROBE_TIMEOUT;
+  tDriver driver = tryCreate(link);
+  for (int pass = 0; pass < PROBE_PASSES; ++pass) {
+    for (const int speed : PROBE_SPEEDS) {
+      if (driver) return driver;
+      port.getSetting()->baudRate = speed;
+      port.termSetup(port.getSetting());
+      driver = tryCreate(link);
+    }
+  }
+  if (driver) return driver;
+  std::cout << "Failed all 19200/57600/115200/500000bps. (even tried 3times for each)" << std::endl;
+  std::cout << "[" << port.getDevice() << "]" << std::endl;
+  std::cerr << "cSensorDriver::Could not activate driver" << std::endl;
+  return tDriver();
+}
+
+boost::shared_ptr<cSensorDriver> cSensorDriverManager::tryCreate(
+    boost::shared_ptr<cTarvoLink>& link) {
+  if (!link->portbuf->isTerminal()) return tDriver();
+  try {
+    return detect(link);
+  } catch (const boost::thread_exception&) {
+    return tDriver();  // no thread to be had for the probe
+  }
+}

@@ -1,0 +1,7 @@
+#ifndef TARVOLINK_EXPORT_H
+#define TARVOLINK_EXPORT_H
+
+/// Marks what the shared library exports; everything else is hidden.
+#define TARVOLINK_API __attribute__((visibility("default")))
+
+#endif

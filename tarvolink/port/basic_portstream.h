@@ -1,0 +1,29 @@
+#ifndef TARVOLINK_PORT_BASIC_PORTSTREAM_H
+#define TARVOLINK_PORT_BASIC_PORTSTREAM_H
+
+#include <istream>
+
+#include "tarvolink/export.h"
+#include "tarvolink/port/basic_portbuf.h"
+
+namespace kavTBX {
+
+template <typename CharT>
+class basic_portstream;
+
+/// A standard stream over a `basic_portbuf`. Threads: as the buffer.
+template <>
+class TARVOLINK_API basic_portstream<char> : public std::basic_iostream<char> {
+ public:
+  /// A stream over `buffer`, which must outlive it; with `owns` it deletes the buffer itself.
+  explicit basic_portstream(basic_portbuf<char>* buffer, bool owns = false);
+  ~basic_portstream() override;
+
+ private:
+  basic_portbuf<char>* buffer;
+  bool owns;
+};
+
+}  // namespace kavTBX
+
+#endif

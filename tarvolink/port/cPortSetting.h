@@ -1,0 +1,21 @@
+#ifndef TARVOLINK_PORT_CPORTSETTING_H
+#define TARVOLINK_PORT_CPORTSETTING_H
+
+#include <cstdint>
+
+namespace kavTBX {
+
+/// The settings of a serial line. A plain value record.
+struct cPortSetting {
+  std::int32_t baudRate = 115200;  ///< bits per second
+  std::int32_t charLength = 8;     ///< data bits per character: 7 or 8
+  std::int32_t stopBits = 1;       ///< 1 or 2
+  /// 0 none, 2 odd. Any other value leaves nothing of the control flags but PARODD.
+  std::int32_t parity = 0;
+  bool softFlowControl = false;  ///< XON/XOFF on output (IXON)
+  bool hardFlowControl = false;  ///< RTS/CTS (CRTSCTS)
+};
+
+}  // namespace kavTBX
+
+#endif

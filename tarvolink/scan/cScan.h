@@ -1,0 +1,33 @@
+#ifndef TARVOLINK_SCAN_CSCAN_H
+#define TARVOLINK_SCAN_CSCAN_H
+
+#include <vector>
+
+#include "tarvolink/base/cTime.h"
+#include "tarvolink/export.h"
+
+/// One measurement of a scan. A plain value.
+struct cScanPoint {
+  /// Millimetres as the sensor reported them; small values are its error codes, kept as
+  /// they are.
+  double distance;
+  /// Radians from the sensor's front, anti-clockwise.
+  double angle;
+};
+
+/// The points of one sweep of the sensor. Filled before it is handed out and not changed
+/// afterwards, so that any thread may read it.
+class TARVOLINK_API cScan {
+ public:
+  /// An empty scan with the default time stamp. Room is made for the points between the two
+  /// angles where their number is finite and sane (0 to 65536).
+  cScan(double firstAngle, double lastAngle, double angleStep);
+
+  std::vector<cScanPoint> points;  ///< in the order of the sweep
+  kavTBX::cTime timeStamp;         ///< local time at which the scan was received
+  double firstAngle;               ///< angle of the first point, radians
+  double lastAngle;                ///< angle of the last point, radians
+  double angleStep;                ///< angle between two points (of a group: one group)
+};
+
+#endif

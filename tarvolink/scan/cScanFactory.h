@@ -1,0 +1,24 @@
+#ifndef TARVOLINK_SCAN_CSCANFACTORY_H
+#define TARVOLINK_SCAN_CSCANFACTORY_H
+
+#include <boost/shared_ptr.hpp>
+#include <vector>
+
+#include "tarvolink/export.h"
+#include "tarvolink/scan/cScan.h"
+
+/// Fills a scan with decoded distances. One thread at a time.
+class TARVOLINK_API cScanFactory {
+ public:
+  /// The point of a distance `value` (millimetres) at `angle` (radians).
+  static cScanPoint genPoint(int value, double angle);
+
+  /// Appends a point a value to `scan`, which must be set (assertion) unless `values` is
+  /// empty. Point i of the scan lies at its first angle + i times its step, so that a scan
+  /// may be filled line by line. Nothing is filtered.
+  void addData(std::vector<int> values);
+
+  boost::shared_ptr<cScan> scan;  ///< the scan being filled
+};
+
+#endif

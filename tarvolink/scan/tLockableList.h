@@ -1,0 +1,89 @@
+#ifndef TARVOLINK_SCAN_TLOCKABLELIST_H
+#define TARVOLINK_SCAN_TLOCKABLELIST_H
+
+#include <boost/shared_ptr.hpp>
+#include <boost/thread/mutex.hpp>
+#include <iterator>
+#include <list>
+
+#include "tarvolink/scan/cScan.h"
+
+/// A list with the mutex that guards it; the oldest element is at the front.
+///
+/// Its users lock, through the functions of namespace `lockable`: each is one critical section,
+/// nothing waits or calls out in it, and none is called with this mutex held. Any thread may call
+/// them. Taking removes: what is handed out is no longer in the list.
+template <typename T>
+struct tLockableList {
+  std::list<T> list;
+  boost::mutex mutex;
+};
+
+/// The scans that wait for the caller.
+using cLockableScanList = tLockableList<boost::shared_ptr<cScan>>;
+
+namespace lockable {
+
+/// Appends `element` as the newest.
+template <typename T>
+void append(tLockableList<T>& elements, const T& element) {
+  boost::mutex::scoped_lock lock(elements.mutex);
+  elements.list.push_back(element);
+}
+
+/// Takes the oldest element; a default T if there is none.
+template <typename T>
+T takeFirst(tLockableList<T>& elements) {
+  boost::mutex::scoped_lock lock(elements.mutex);
+  if (elements.list.empty()) return T();
+  T taken = elements.list.front();
+  elements.list.pop_front();
+  return taken;
+}
+
+/// Takes the newest element; a default T if there is none.
+template <typename T>
+T takeLast(tLockableList<T>& elements) {
+  boost::mutex::scoped_lock lock(elements.mutex);
+  if (elements.list.empty()) return T();
+  T taken = elements.list.back();
+  elements.list.pop_back();
+  return taken;
+}
+
+/// Takes the element at `index`, counted from the oldest at 0; a default T, with nothing
+/// removed, if there is none.
+template <typename T>
+T takeAt(tLockableList<T>& elements, int index) {
+  boost::mutex::scoped_lock lock(elements.mutex);
+  if (index < 0 || static_cast<std::size_t>(index) >= elements.list.size()) return T();
+  const auto place = std::next(elements.list.begin(), index);
+  T taken = *place;
+  elements.list.erase(place);
+  return taken;
+}
+
+/// Removes every element.
+template <typename T>
+void purge(tLockableList<T>& elements) {
+  boost::mutex::scoped_lock lock(elements.mutex);
+  elements.list.clear();
+}
+
+/// The number of elements.
+template <typename T>
+int count(tLockableList<T>& elements) {
+  boost::mutex::scoped_lock lock(elements.mutex);
+  return static_cast<int>(elements.list.size());
+}
+
+/// Whether it holds no element.
+template <typename T>
+bool isEmpty(tLockableList<T>& elements) {
+  boost::mutex::scoped_lock lock(elements.mutex);
+  return elements.list.empty();
+}
+
+}  // namespace lockable
+
+#endif
