@@ -57,7 +57,7 @@ class cSimSensor {
   /// Clears every fault; a sensor that was unplugged is plugged in again.
   void clearFaults();
 
-  /// Says these bytes to the host between two records, as they are (no fault touches them).
+  /// Says these bytes to the host between two records, as they are (only timing faults touch them).
   void say(const std::string& bytes);
 
   /// Pulls the cable: the master closes, the host reads end-of-file or EIO, the link goes. Returns

@@ -1,0 +1,77 @@
+#include "sim/cSimLine.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "sim/cSimError.h"
+
+namespace {
+
+constexpr unsigned LINE_FEED_EVERY = 13;  // bytes of garbage, in garbage that has line feeds
+
+struct cSpeed {
+  int bitsPerSecond;
+  speed_t constant;
+};
+const cSpeed SPEEDS[] = {{0, B0},           {9600, B9600},      {19200, B19200},
+                         {38400, B38400},   {57600, B57600},    {115200, B115200},
+                         {230400, B230400}, {460800, B460800},  {500000, B500000},
+                         {921600, B921600}, {1000000, B1000000}};
+
+}  // namespace
+
+speed_t cSimLine::constantOf(int speed) {
+  for (const cSpeed& row : SPEEDS)
+    if (row.bitsPerSecond == speed) return row.constant;
+  throwSimError(std::to_string(speed) +
+                    " bits/s is no line speed (19200, 57600, 115200, 500000; "
+                    "0 for any)",
+                EINVAL);
+}
+
+cSimLine::cSimLine(const cSimSetting& sensorSetting, std::uint64_t seed)
+    : kind(sensorSetting.garbage),
+      ownSpeed(constantOf(sensorSetting.speed)),
+      pty(ownSpeed),
+      random(seed) {}
+
+std::string cSimLine::hear() {
+  // What was there before the speed is asked was written at that speed, or before a change of it:
+  // a host flushes or drains its line before it changes the speed.
+  int count = 0;
+  if (ioctl(pty.getMaster(), FIONREAD, &count) != 0 || count <= 0) return {};
+  const bool clear = matches();
+  std::string bytes(static_cast<std::size_t>(count), '\0');
+  const ssize_t got = read(pty.getMaster(), bytes.data(), bytes.size());
+  bytes.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+  if (!clear) {
+    beginBurst();
+    garble(bytes);
+  }
+  return bytes;
+}
+
+std::size_t cSimLine::say(const char* bytes, std::size_t count, bool recordBegins) {
+  if (recordBegins) beginBurst();
+  ssize_t written;
+  if (matches()) {
+    written = write(pty.getMaster(), bytes, count);
+  } else {
+    std::string noise(bytes, count);
+    garble(noise);
+    written = write(pty.getMaster(), noise.data(), noise.size());
+  }
+  return written > 0 ? static_cast<std::size_t>(written) : 0;
+}
+
+void cSimLine::beginBurst() {
+  lineFeeds = kind == eSimGarbage::LINES || (kind == eSimGarbage::BY_SEED && random.below(2) == 0);
+}
+
+void cSimLine::garble(std::string& bytes) {
+  for (char& byte : bytes) {
+    byte = static_cast<char>(random.below(256));
+    if (byte == '\n' || byte == '\r') byte = '\0';
+    if (lineFeeds && ++garbled % LINE_FEED_EVERY == 0) byte = '\n';
+  }
+}

@@ -1,0 +1,303 @@
+#include "sim/cSimScip2.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdio>
+
+#include "sim/cSimCode.h"
+
+namespace {
+
+constexpr std::size_t STRING_MOST = 16;
+constexpr int MS_MOST = 4095;
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool isNumber(const std::string& text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(), isDigit);
+}
+
+bool isStringLetter(char c) {
+  return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+         std::string(" ._+@").find(c) != std::string::npos;
+}
+
+/// What is wrong with a host string (";" included); "" if nothing is.
+std::string stringError(const std::string& tail) {
+  if (tail.size() > STRING_MOST + 1) return "0G";
+  const bool good = tail.empty() || std::all_of(tail.begin() + 1, tail.end(), isStringLetter);
+  return good ? "" : "0H";
+}
+
+std::string twoDigits(int value) {
+  const char digits[] = {static_cast<char>('0' + value / 10), static_cast<char>('0' + value % 10)};
+  return std::string(digits, 2);
+}
+
+std::string information(const std::string& key, const std::string& value) {
+  const std::string text = key + ":" + value;
+  return text + ";" + cSimCode::sum(text) + "\n";
+}
+
+std::string information(const std::string& key, int value) {
+  return information(key, std::to_string(value));
+}
+
+}  // namespace
+
+struct cSimScip2::cCall {
+  const std::string& line;
+  std::string name;       ///< two letters
+  std::string arguments;  ///< what follows them, up to the ";"
+  std::string tail;       ///< from the ";" on
+  const cSimMoment& moment;
+};
+
+struct cSimScip2::cCommand {
+  const char* name;
+  std::size_t arguments;  ///< their characters
+  cSimRecord (cSimScip2::*run)(const cCall&);
+};
+
+const cSimScip2::cCommand* cSimScip2::find(const std::string& name) {
+  static const cCommand COMMANDS[] = {
+      {"VV", 0, &cSimScip2::version},     {"PP", 0, &cSimScip2::parameters},
+      {"II", 0, &cSimScip2::status},      {"BM", 0, &cSimScip2::laserOn},
+      {"QT", 0, &cSimScip2::quit},        {"RS", 0, &cSimScip2::reset},
+      {"RT", 0, &cSimScip2::reset},       {"TM", 1, &cSimScip2::adjust},
+      {"SS", 6, &cSimScip2::lineSpeed},   {"CR", 2, &cSimScip2::motorSpeed},
+      {"HS", 1, &cSimScip2::sensitivity}, {"MD", 13, &cSimScip2::measure},
+      {"MS", 13, &cSimScip2::measure},    {"GD", 10, &cSimScip2::stored},
+      {"GS", 10, &cSimScip2::stored}};
+  for (const cCommand& command : COMMANDS)
+    if (name == command.name) return &command;
+  return nullptr;
+}
+
+cSimRecord cSimScip2::reply(const std::string& line, const std::string& status,
+                            const std::string& body) {
+  cSimRecord record;
+  record.bytes = line + "\n" + cSimCode::summed(status) + body + "\n";
+  return record;
+}
+
+cSimRecord cSimScip2::refuse(const std::string& line, const std::string& status,
+                             eSimUnknown how) const {
+  if (how == eSimUnknown::STATUS) return reply(line, status);
+  cSimRecord record;
+  if (how == eSimUnknown::ECHO_ONLY) record.bytes = line + "\n\n";
+  return record;
+}
+
+cSimRecord cSimScip2::answer(const std::string& line, const cSimMoment& moment) {
+  const std::size_t end = std::min(line.find(';'), line.size());
+  const std::string text = line.substr(0, end);
+  const std::string name = text.substr(0, 2);
+  const cCommand* command = find(name);
+  if (command == nullptr) return refuse(line, "0E", setting.unknownCommands);
+
+  const cCall call = {line, name, text.substr(2), line.substr(end), moment};
+  const std::string error = stringError(call.tail);
+  if (!error.empty()) return reply(line, error);
+  if (call.arguments.size() < command->arguments) return reply(line, "0C");
+  if (call.arguments.size() > command->arguments) return reply(line, "0D");
+  if (state.adjusting && name != "TM") return reply(line, "0A");
+  return (this->*command->run)(call);
+}
+
+cSimRecord cSimScip2::version(const cCall& call) {
+  char serial[16];
+  std::snprintf(serial, sizeof serial, "S%07u", static_cast<unsigned>(setting.seed % 10000000));
+  return reply(call.line, "00",
+               information("VEND", "Simulated sensors") + information("PROD", model.product) +
+                   information("FIRM", "1.0.0") + information("PROT", "SCIP 2.0") +
+                   information("SERI", serial));
+}
+
+cSimRecord cSimScip2::parameters(const cCall& call) {
+  return reply(call.line, "00",
+               information("MODL", model.name) + information("DMIN", model.near) +
+                   information("DMAX", model.far) + information("ARES", model.perTurn) +
+                   information("AMIN", model.first) + information("AMAX", model.last) +
+                   information("AFRT", model.front) + information("SCAN", model.rpm));
+}
+
+std::string cSimScip2::remarked(const std::string& key, const std::string& value) const {
+  const std::string remark = "<-Default setting by user";
+  if (setting.remark == eSimRemark::NONE) return information(key, value);
+  if (setting.remark == eSimRemark::INSIDE_SUM) return information(key, value + remark);
+  const std::string text = key + ":" + value;
+  return text + remark + ";" + cSimCode::sum(text) + "\n";
+}
+
+cSimRecord cSimScip2::status(const cCall& call) {
+  char time[16];
+  std::snprintf(time, sizeof time, "%06X", static_cast<unsigned>(call.moment.stamp & 0xFFFFFF));
+  const bool brief = setting.model == eSimModel::SHORT_RANGE;
+  const int rpm = static_cast<int>(rate() * 60 + 0.5);
+  return reply(
+      call.line, "00",
+      information("MODL", model.name) + information("LASR", state.laser ? "ON" : "OFF") +
+          remarked("SCSP", std::to_string(rpm) + "[rpm]") +
+          information("MESM", state.adjusting ? "Adjusting"
+                              : state.task    ? "Measuring"
+                                              : "Idle") +
+          remarked("SBPS", state.speed == 0 ? "USB only" : std::to_string(state.speed) + "[bps]") +
+          information("TIME", time) +
+          information("STAT", brief ? "Sensor works well." : "Stable 000 no error."));
+}
+
+cSimRecord cSimScip2::laserOn(const cCall& call) {
+  if (state.laser) return reply(call.line, "02");
+  state.laser = true;
+  return reply(call.line, "00");
+}
+
+cSimRecord cSimScip2::quit(const cCall& call) {
+  state.task.reset();
+  state.laser = false;
+  return reply(call.line, "00");
+}
+
+cSimRecord cSimScip2::reset(const cCall& call) {
+  cSimState fresh;
+  const bool wholly = call.name == "RS";
+  fresh.speed = wholly ? setting.speed : state.speed;
+  fresh.slower = wholly ? 0 : state.slower;
+  state = fresh;
+  cSimRecord record = reply(call.line, "00");
+  record.newSpeed = state.speed;
+  record.newRate = rate();
+  return record;
+}
+
+cSimRecord cSimScip2::adjust(const cCall& call) {
+  const char code = call.arguments[0];
+  if (code < '0' || code > '2') return reply(call.line, "01");
+  if (code == '1') {
+    if (!state.adjusting) return reply(call.line, "04");
+    return reply(call.line, "00",
+                 cSimCode::summed(cSimCode::number(call.moment.stamp & 0xFFFFFF, 4)));
+  }
+  const bool begin = code == '0';
+  if (begin == state.adjusting) return reply(call.line, begin ? "02" : "03");
+  state.adjusting = begin;
+  state.laser = false;
+  state.task.reset();
+  return reply(call.line, "00");
+}
+
+cSimRecord cSimScip2::lineSpeed(const cCall& call) {
+  if (!isNumber(call.arguments)) return reply(call.line, "01");
+  if (state.speed == 0) return reply(call.line, "04");
+  const int speed = std::stoi(call.arguments);
+  if (speed != 19200 && speed != 57600 && speed != 115200 && speed != 500000)
+    return reply(call.line, "02");
+  if (speed == state.speed) return reply(call.line, "03");
+  state.speed = speed;
+  cSimRecord record = reply(call.line, "00");
+  record.newSpeed = speed;
+  return record;
+}
+
+double cSimScip2::rate() const {
+  const double own = setting.rate > 0 ? setting.rate : model.rate();
+  return own * (100 - state.slower) / 100;
+}
+
+cSimRecord cSimScip2::motorSpeed(const cCall& call) {
+  if (setting.model != eSimModel::SHORT_RANGE) return reply(call.line, "04");
+  if (!isNumber(call.arguments)) return reply(call.line, "01");
+  const int code = std::stoi(call.arguments);
+  const int level = code == 99 ? 0 : code;
+  if (level > 10) return reply(call.line, "02");
+  if (level == state.slower) return reply(call.line, "03");
+  state.slower = level;
+  cSimRecord record = reply(call.line, "00");
+  record.newRate = rate();
+  return record;
+}
+
+cSimRecord cSimScip2::sensitivity(const cCall& call) {
+  if (setting.model == eSimModel::LONG_RANGE) return reply(call.line, "04");
+  if (call.arguments != "0" && call.arguments != "1") return reply(call.line, "01");
+  const bool sensitive = call.arguments == "1";
+  if (sensitive == state.sensitive) return reply(call.line, "02");
+  state.sensitive = sensitive;
+  return reply(call.line, "00");
+}
+
+std::string cSimScip2::rangeError(const std::string& text) const {
+  if (!isNumber(text.substr(0, 4))) return "01";
+  if (!isNumber(text.substr(4, 4))) return "02";
+  if (!isNumber(text.substr(8, 2))) return "03";
+  const int last = std::stoi(text.substr(4, 4));
+  if (last > model.last) return "04";
+  return last < std::stoi(text.substr(0, 4)) ? "05" : "";
+}
+
+namespace {
+cSimTask taskOf(const std::string& name, const std::string& text) {
+  cSimTask task;
+  task.first = std::stoi(text.substr(0, 4));
+  task.last = std::stoi(text.substr(4, 4));
+  task.cluster = std::stoi(text.substr(8, 2));
+  task.wide = name[1] == 'D';
+  return task;
+}
+}  // namespace
+
+cSimRecord cSimScip2::measure(const cCall& call) {
+  const std::string& text = call.arguments;
+  std::string error = rangeError(text);
+  if (error < "04" && !error.empty()) return reply(call.line, error);
+  if (!isDigit(text[10])) return reply(call.line, "06");
+  if (!isNumber(text.substr(11, 2))) return reply(call.line, "07");
+  if (!error.empty()) return reply(call.line, error);
+
+  cSimTask task = taskOf(call.name, text);
+  task.head = call.name + text.substr(0, 11);
+  task.tail = call.tail;
+  task.interval = text[10] - '0';
+  task.left = std::stoi(text.substr(11, 2));
+  task.endless = task.left == 0;
+  state.task = task;
+  state.laser = true;
+  cSimRecord record = reply(call.line, "00");
+  record.starts = true;
+  return record;
+}
+
+cSimRecord cSimScip2::stored(const cCall& call) {
+  const std::string error = rangeError(call.arguments);
+  if (!error.empty()) return reply(call.line, error);
+  if (!state.laser) return reply(call.line, "10");
+  const cSimMoment& moment = call.moment;
+  cSimRecord record =
+      reply(call.line, "00",
+            scanBody(taskOf(call.name, call.arguments), moment.lastScan, moment.lastStamp));
+  record.scan = moment.lastScan;
+  return record;
+}
+
+std::string cSimScip2::scanBody(const cSimTask& task, std::uint32_t number,
+                                std::uint32_t stamp) const {
+  const auto readings =
+      world.scan(number, task.first, task.last, task.cluster, task.wide ? INT_MAX : MS_MOST);
+  return cSimCode::summed(cSimCode::number(stamp & 0xFFFFFF, 4)) +
+         cSimCode::lines(cSimCode::numbers(readings, task.wide ? 3 : 2), true);
+}
+
+cSimRecord cSimScip2::makeScan(std::uint32_t number, std::uint32_t stamp) {
+  cSimTask& task = *state.task;
+  if (!task.endless) --task.left;
+  cSimRecord record =
+      reply(task.head + twoDigits(task.left) + task.tail, "99", scanBody(task, number, stamp));
+  record.scan = number;
+  record.running = true;
+  if (!task.endless && task.left == 0) {
+    state.task.reset();
+    state.laser = false;
+  }
+  return record;
+}
