@@ -1,7 +1,4 @@
-#ifndef TARVOLINK_EXPORT_H
-#define TARVOLINK_EXPORT_H
+#pragma once
 
 /// Marks what the shared library exports; everything else is hidden.
 #define TARVOLINK_API __attribute__((visibility("default")))
-
-#endif

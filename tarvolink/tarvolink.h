@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TARVOLINK_H
-#define TARVOLINK_TARVOLINK_H
+#pragma once
 
 /// The one header that a host program includes. Start at `cSensorDriverManager::create`.
 
@@ -25,8 +24,9 @@
 #include "tarvolink/scip/cSCIPError.h"
 #include "tarvolink/scip/cSCIPRecord.h"
 #include "tarvolink/scip/cTarvoLink.h"
+#include "tarvolink/scip1/cSCIP12Adapter.h"
+#include "tarvolink/scip1/cSensorDriverSCIP1.h"
+#include "tarvolink/scip1/cSensorDriverSCIP1z.h"
 #include "tarvolink/scip2/cSCIP2Comm.h"
 #include "tarvolink/scip2/cSCIP2RecordListener.h"
 #include "tarvolink/scip2/cSensorDriverSCIP2.h"
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_BASE_CBSYNC_H
-#define TARVOLINK_BASE_CBSYNC_H
+#pragma once
 
 #include <boost/thread/condition.hpp>
 #include <boost/thread/mutex.hpp>
@@ -47,5 +46,3 @@ class TARVOLINK_API cBSync {
 };
 
 }  // namespace kavTBX
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_BASE_CMESSQUEUE_H
-#define TARVOLINK_BASE_CMESSQUEUE_H
+#pragma once
 
 #include <boost/thread/condition.hpp>
 #include <boost/thread/mutex.hpp>
@@ -58,5 +57,3 @@ class cMessQueue {
 };
 
 }  // namespace kavTBX
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_BASE_CSINGLETON_H
-#define TARVOLINK_BASE_CSINGLETON_H
+#pragma once
 
 #include <boost/shared_ptr.hpp>
 
@@ -26,5 +25,3 @@ class cSingleton<T, LazyInstantiation, Mutex> {
 };
 
 }  // namespace kavTBX
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_BASE_CTHREAD_H
-#define TARVOLINK_BASE_CTHREAD_H
+#pragma once
 
 #include <boost/thread/condition.hpp>
 #include <boost/thread/mutex.hpp>
@@ -78,5 +77,3 @@ class TARVOLINK_API cThread {
 };
 
 }  // namespace kavTBX
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_BASE_CTIME_H
-#define TARVOLINK_BASE_CTIME_H
+#pragma once
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 
@@ -20,5 +19,3 @@ class TARVOLINK_API cTime {
 };
 
 }  // namespace kavTBX
-
-#endif

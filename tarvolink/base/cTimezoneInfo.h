@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_BASE_CTIMEZONEINFO_H
-#define TARVOLINK_BASE_CTIMEZONEINFO_H
+#pragma once
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <boost/thread/mutex.hpp>
@@ -29,5 +28,3 @@ using cTimezones = cSingleton<cTimezoneInfo, LazyInstantiation, boost::mutex>;
 extern template class TARVOLINK_API cSingleton<cTimezoneInfo, LazyInstantiation, boost::mutex>;
 
 }  // namespace kavTBX
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_DRIVER_CINFO_H
-#define TARVOLINK_DRIVER_CINFO_H
+#pragma once
 
 #include <string>
 
@@ -45,5 +44,3 @@ class TARVOLINK_API cInfo : public virtual iInfo {
   int numSpot = 0;
   int scanSpeed = 0;
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_DRIVER_CSENSORDRIVER_H
-#define TARVOLINK_DRIVER_CSENSORDRIVER_H
+#pragma once
 
 #include <boost/shared_ptr.hpp>
 #include <string>
@@ -46,5 +45,3 @@ class TARVOLINK_API cSensorDriver : public cInfo {
   boost::shared_ptr<cTarvoLink> link;
   boost::shared_ptr<cLockableScanList> scans;
 };
-
-#endif

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tarvolink/scip/cSCIPError.h"
+#include "tarvolink/scip1/cSensorDriverSCIP1.h"
 #include "tarvolink/scip2/cSensorDriverSCIP2.h"
 
 namespace {
@@ -66,7 +67,7 @@ tDriver makeSwitched(const tLink& link) {
 tDriver askSCIP1(const tLink& link, tProbe probe) {
   probe->hush();
   if (isRefused(link->doRaw1("V"))) return tDriver();
-  if (isRefused(link->doRaw1("SCIP2.0"))) return tDriver();
+  if (isRefused(link->doRaw1("SCIP2.0"))) return tDriver(new cSensorDriverSCIP1(link));
   putToSleep(std::move(probe));
   return makeSwitched(link);
 }

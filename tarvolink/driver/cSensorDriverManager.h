@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_DRIVER_CSENSORDRIVERMANAGER_H
-#define TARVOLINK_DRIVER_CSENSORDRIVERMANAGER_H
+#pragma once
 
 #include <boost/shared_ptr.hpp>
 #include <string>
@@ -36,5 +35,3 @@ class TARVOLINK_API cSensorDriverManager {
   /// when the port is not open or no terminal.
   static boost::shared_ptr<cSensorDriver> tryCreate(boost::shared_ptr<cTarvoLink>& link);
 };
-
-#endif

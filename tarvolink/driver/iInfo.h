@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_DRIVER_IINFO_H
-#define TARVOLINK_DRIVER_IINFO_H
+#pragma once
 
 #include <string>
 
@@ -36,5 +35,3 @@ class TARVOLINK_API iInfo {
  protected:
   ~iInfo() = default;
 };
-
-#endif

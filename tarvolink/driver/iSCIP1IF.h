@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_DRIVER_ISCIP1IF_H
-#define TARVOLINK_DRIVER_ISCIP1IF_H
+#pragma once
 
 #include <string>
 
@@ -28,5 +27,3 @@ class TARVOLINK_API iSCIP1IF {
  protected:
   ~iSCIP1IF() = default;
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_DRIVER_ISCIP2IF_H
-#define TARVOLINK_DRIVER_ISCIP2IF_H
+#pragma once
 
 #include "tarvolink/driver/iScanList.h"
 #include "tarvolink/export.h"
@@ -36,5 +35,3 @@ class TARVOLINK_API iSCIP2IF : public iScanList {
  protected:
   ~iSCIP2IF() = default;
 };
-
-#endif

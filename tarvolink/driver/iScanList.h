@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_DRIVER_ISCANLIST_H
-#define TARVOLINK_DRIVER_ISCANLIST_H
+#pragma once
 
 #include <boost/shared_ptr.hpp>
 
@@ -20,5 +19,3 @@ class TARVOLINK_API iScanList {
  protected:
   ~iScanList() = default;
 };
-
-#endif

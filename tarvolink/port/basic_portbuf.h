@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_PORT_BASIC_PORTBUF_H
-#define TARVOLINK_PORT_BASIC_PORTBUF_H
+#pragma once
 
 #include <termios.h>
 
@@ -109,5 +108,3 @@ class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
 };
 
 }  // namespace kavTBX
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_PORT_BASIC_PORTSTREAM_H
-#define TARVOLINK_PORT_BASIC_PORTSTREAM_H
+#pragma once
 
 #include <istream>
 
@@ -25,5 +24,3 @@ class TARVOLINK_API basic_portstream<char> : public std::basic_iostream<char> {
 };
 
 }  // namespace kavTBX
-
-#endif

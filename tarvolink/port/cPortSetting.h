@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_PORT_CPORTSETTING_H
-#define TARVOLINK_PORT_CPORTSETTING_H
+#pragma once
 
 #include <cstdint>
 
@@ -17,5 +16,3 @@ struct cPortSetting {
 };
 
 }  // namespace kavTBX
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_SCAN_CSCAN_H
-#define TARVOLINK_SCAN_CSCAN_H
+#pragma once
 
 #include <vector>
 
@@ -29,5 +28,3 @@ class TARVOLINK_API cScan {
   double lastAngle;                ///< angle of the last point, radians
   double angleStep;                ///< angle between two points (of a group: one group)
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_SCAN_CSCANFACTORY_H
-#define TARVOLINK_SCAN_CSCANFACTORY_H
+#pragma once
 
 #include <boost/shared_ptr.hpp>
 #include <vector>
@@ -20,5 +19,3 @@ class TARVOLINK_API cScanFactory {
 
   boost::shared_ptr<cScan> scan;  ///< the scan being filled
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_SCAN_TLOCKABLELIST_H
-#define TARVOLINK_SCAN_TLOCKABLELIST_H
+#pragma once
 
 #include <boost/shared_ptr.hpp>
 #include <boost/thread/mutex.hpp>
@@ -70,6 +69,15 @@ void purge(tLockableList<T>& elements) {
   elements.list.clear();
 }
 
+/// Removes the oldest element if there are more than `limit`; whether it did.
+template <typename T>
+bool trim(tLockableList<T>& elements, std::size_t limit) {
+  boost::mutex::scoped_lock lock(elements.mutex);
+  if (elements.list.size() <= limit) return false;
+  elements.list.pop_front();
+  return true;
+}
+
 /// The number of elements.
 template <typename T>
 int count(tLockableList<T>& elements) {
@@ -85,5 +93,3 @@ bool isEmpty(tLockableList<T>& elements) {
 }
 
 }  // namespace lockable
-
-#endif

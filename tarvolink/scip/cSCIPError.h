@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_SCIP_CSCIPERROR_H
-#define TARVOLINK_SCIP_CSCIPERROR_H
+#pragma once
 
 #include <string>
 
@@ -31,5 +30,3 @@ class TARVOLINK_API cSCIPError {
   static const std::string& successStr();  ///< "Success"
   static const std::string& notYetStr();   ///< "Error String Not implemented yet."
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_SCIP_CSCIPRECORD_H
-#define TARVOLINK_SCIP_CSCIPRECORD_H
+#pragma once
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <string>
@@ -14,5 +13,3 @@ struct cSCIPRecord {
   /// Local wall-clock time at which the echo line was taken in.
   boost::posix_time::ptime time{boost::gregorian::date(1970, 1, 1)};
 };
-
-#endif

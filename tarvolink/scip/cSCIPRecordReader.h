@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_SCIP_CSCIPRECORDREADER_H
-#define TARVOLINK_SCIP_CSCIPRECORDREADER_H
+#pragma once
 
 #include <array>
 #include <cstddef>
@@ -42,5 +41,3 @@ class TARVOLINK_API cSCIPRecordReader {
   std::array<char, LINE_LIMIT + 1> buffer;
   std::string_view line;
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_SCIP_CTARVOLINK_H
-#define TARVOLINK_SCIP_CTARVOLINK_H
+#pragma once
 
 #include <boost/shared_ptr.hpp>
 #include <boost/thread/mutex.hpp>
@@ -45,5 +44,3 @@ class TARVOLINK_API cTarvoLink {
   std::string lastRawCommand;  ///< the latest command of `doRaw1`
   boost::mutex mutex;
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_SCIP_DECIMAL_H
-#define TARVOLINK_SCIP_DECIMAL_H
+#pragma once
 
 #include <algorithm>
 #include <cstdlib>
@@ -13,5 +12,3 @@ inline int parseDecimal(const std::string& text) {
   constexpr long HIGHEST = std::numeric_limits<int>::max();
   return static_cast<int>(std::clamp(std::strtol(text.c_str(), nullptr, 10), LOWEST, HIGHEST));
 }
-
-#endif

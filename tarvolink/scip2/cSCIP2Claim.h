@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_SCIP2_CSCIP2CLAIM_H
-#define TARVOLINK_SCIP2_CSCIP2CLAIM_H
+#pragma once
 
 #include <string>
 
@@ -33,5 +32,3 @@ class cSCIP2Claim {
   cSCIP2Comm& comm;
   cSCIP2RecordListener* listener;
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_SCIP2_CSCIP2COMM_H
-#define TARVOLINK_SCIP2_CSCIP2COMM_H
+#pragma once
 
 #include <atomic>
 #include <boost/shared_ptr.hpp>
@@ -128,5 +127,3 @@ class TARVOLINK_API cSCIP2Comm : public kavTBX::cThread {
   std::list<cSCIP2RecordListener*> freeListeners;    // complete, for reuse
   std::vector<boost::shared_ptr<cSCIP2RecordListener>> listeners;  // owns them all
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_SCIP2_CSCIP2RECORDLISTENER_H
-#define TARVOLINK_SCIP2_CSCIP2RECORDLISTENER_H
+#pragma once
 
 #include <boost/shared_ptr.hpp>
 #include <boost/thread/mutex.hpp>
@@ -72,5 +71,3 @@ class TARVOLINK_API cSCIP2RecordListener {
   bool retired = false;    // a late answer was taken from it: it serves no other request
   bool abandoned = false;  // its caller gave up while it still expected records
 };
-
-#endif

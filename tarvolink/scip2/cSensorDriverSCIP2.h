@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_SCIP2_CSENSORDRIVERSCIP2_H
-#define TARVOLINK_SCIP2_CSENSORDRIVERSCIP2_H
+#pragma once
 
 #include <boost/shared_ptr.hpp>
 #include <boost/thread/mutex.hpp>
@@ -137,5 +136,3 @@ class TARVOLINK_API cSensorDriverSCIP2 : public cSensorDriver,
   double angleStep = 0;
   boost::mutex scanMutex;  // taken before no other lock, never held while waiting
 };
-
-#endif
