@@ -1,0 +1,30 @@
+#ifndef TARVOLINK_TOOLS_CFAILURE_H
+#define TARVOLINK_TOOLS_CFAILURE_H
+
+#include <stdexcept>
+#include <string>
+
+namespace tool {
+
+/// The program's exit statuses: part of its contract, scripts depend on them.
+enum class eExit {
+  SUCCESS = 0,        ///< all done, or ended by a signal or a reader who had enough
+  BAD_INPUT = 1,      ///< an option's value, a file or the device is at fault
+  USAGE = 2,          ///< the command line cannot be understood
+  NO_SENSOR = 3,      ///< nothing answers on the device
+  SCANS_STOPPED = 4,  ///< a running scan dried up
+};
+
+/// Ends the command: `what()` is the sentence for the user (what was tried, what happened,
+/// what to do), `status` what the process exits with.
+class cFailure : public std::runtime_error {
+ public:
+  cFailure(eExit exitStatus, const std::string& message)
+      : std::runtime_error(message), status(exitStatus) {}
+
+  const eExit status;
+};
+
+}  // namespace tool
+
+#endif

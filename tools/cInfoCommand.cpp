@@ -1,0 +1,85 @@
+#include "tools/cInfoCommand.h"
+
+#include <fmt/format.h>
+
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "tools/cOutput.h"
+#include "tools/cSensor.h"
+
+namespace tool {
+
+namespace {
+
+/// One thing known of the sensor, for both forms of the output.
+struct cFact {
+  const char* label;
+  const char* key;
+  nlohmann::ordered_json value;
+  const char* unit;
+};
+
+std::vector<cFact> factsOf(const std::string& device, const cSensor& sensor) {
+  const cSensorDriver& info = sensor.info();
+  return {{"Device", "device", device, ""},
+          {"Vendor", "vendor", info.getVend(), ""},
+          {"Product", "product", info.getProd(), ""},
+          {"Firmware", "firmware", info.getFirm(), ""},
+          {"Protocol", "protocol", info.getProt(), ""},
+          {"Serial number", "serial", info.getSerial(), ""},
+          {"Status", "status", info.getStatus(), ""},
+          {"First step", "first_step", info.getMinSpot(), ""},
+          {"Last step", "last_step", info.getMaxSpot(), ""},
+          {"Front step", "front_step", info.getFrontSpot(), ""},
+          {"Shortest distance", "min_distance_mm", info.getMinDist(), " mm"},
+          {"Longest distance", "max_distance_mm", info.getMaxDist(), " mm"},
+          {"Steps per turn", "steps_per_turn", info.getNumSpot(), ""},
+          {"Speed", "speed_rpm", info.getScanSpeed(), " rpm"},
+          {"Line speed found", "line_speed_bps", sensor.getLineSpeed(), " bits/s"}};
+}
+
+/// The sensor's own text made fit for a terminal: it may hold anything.
+std::string printable(std::string text) {
+  for (char& c : text) {
+    if (c < ' ' || c > '~') c = '?';
+  }
+  return text.empty() ? "(not told)" : text;
+}
+
+std::string toText(const std::vector<cFact>& facts) {
+  std::string text;
+  for (const cFact& fact : facts) {
+    const bool isText = fact.value.is_string();
+    const std::string value = isText ? fact.value.get<std::string>() : fact.value.dump();
+    text += fmt::format("{:<18} {}{}\n", fact.label, printable(value), fact.unit);
+  }
+  return text;
+}
+
+std::string toJson(const std::vector<cFact>& facts) {
+  nlohmann::ordered_json object;
+  for (const cFact& fact : facts) object[fact.key] = fact.value;
+  using cHandler = nlohmann::ordered_json::error_handler_t;
+  return object.dump(2, ' ', true, cHandler::replace) + "\n";
+}
+
+}  // namespace
+
+cInfoCommand::cInfoCommand(CLI::App& app)
+    : iCommand(app.add_subcommand("info", "Show what a sensor tells of itself")) {
+  declaration->add_option("DEVICE", device,
+                          "A tty, or sim:[short|middle|long] for a simulated sensor (the default)");
+  declaration->add_flag("--json", json, "One JSON object instead of lines");
+}
+
+void cInfoCommand::run() {
+  const cDeviceName name(device);
+  cStop stop;
+  cOutput output("", stop);
+  const cSensor sensor(name, stop);
+  const auto facts = factsOf(name.getText(), sensor);
+  output.write(json ? toJson(facts) : toText(facts));
+}
+
+}  // namespace tool

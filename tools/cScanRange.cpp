@@ -1,0 +1,99 @@
+#include "tools/cScanRange.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tools/cFailure.h"
+
+namespace tool {
+
+namespace {
+
+constexpr int MAX_STEP = 9999;        // a command carries four digits
+constexpr int MAX_CLUSTER = 99;       // two
+constexpr int MAX_INTERVAL = 9;       // one
+constexpr int MAX_SHORT_FORM = 4095;  // up to here distances come in two characters, else in three
+
+// Lines of data hold 64 characters. So many readings of three end in a line of a single one, which
+// no sum check accepts.
+constexpr std::size_t READINGS_A_TURN = 64;
+constexpr std::size_t UNREADABLE = 43;
+
+void requireWithin(const char* name, int value, int lowest, int highest) {
+  if (value >= lowest && value <= highest) return;
+  throw cFailure(eExit::BAD_INPUT,
+                 fmt::format("{} {} is not possible: give a number from {} to {}.", name, value,
+                             lowest, highest));
+}
+
+}  // namespace
+
+void cScanWish::check() const {
+  if (first) requireWithin("--first", *first, 0, MAX_STEP);
+  if (last) requireWithin("--last", *last, 0, MAX_STEP);
+  requireWithin("--cluster", cluster, 0, MAX_CLUSTER);
+  requireWithin("--interval", interval, 0, MAX_INTERVAL);
+  if (maxDistance && *maxDistance <= 0) {
+    throw cFailure(
+        eExit::BAD_INPUT,
+        fmt::format("--max-distance {} is not possible: give millimetres above 0.", *maxDistance));
+  }
+  if (first && last && *first > *last) {
+    throw cFailure(eExit::BAD_INPUT, fmt::format("--first {} lies behind --last {}: steps run "
+                                                 "anti-clockwise, so give the smaller one first.",
+                                                 *first, *last));
+  }
+}
+
+cScanRange::cScanRange(const cScanWish& wish, const cSensorDriver& sensor)
+    : first(wish.first.value_or(sensor.getMinSpot())),
+      last(wish.last.value_or(sensor.getMaxSpot())),
+      cluster(std::max(wish.cluster, 1)),  // 0 and 1 ask for the same; 0 would make every angle one
+      interval(wish.interval),
+      minDistance(sensor.getMinDist()),
+      maxDistance(wish.maxDistance.value_or(sensor.getMaxDist())),
+      turnsPerMinute(sensor.getScanSpeed()) {
+  checkSteps(sensor);
+  checkLastLine();
+}
+
+void cScanRange::checkSteps(const cSensorDriver& sensor) const {
+  const int lowest = sensor.getMinSpot();
+  const int highest = sensor.getMaxSpot();
+  if (sensor.getNumSpot() <= 0 || highest <= lowest || maxDistance <= 0) {
+    throw cFailure(eExit::BAD_INPUT,
+                   "the sensor answers, but not when it is asked for its parameters (PP), and "
+                   "without them its scans have no angles. Switch it off and on and try again.");
+  }
+  requireWithin("--first", first, lowest, highest);
+  requireWithin("--last", last, first, highest);
+}
+
+void cScanRange::checkLastLine() const {
+  if (maxDistance <= MAX_SHORT_FORM || getPoints() % READINGS_A_TURN != UNREADABLE) return;
+  throw cFailure(eExit::BAD_INPUT,
+                 fmt::format("{} readings of up to {} mm cannot be received: the last line of such "
+                             "a scan is too short to be checked. Ask for one step more or fewer "
+                             "(--first, --last), or for --max-distance {} or less.",
+                             getPoints(), maxDistance, MAX_SHORT_FORM));
+}
+
+std::size_t cScanRange::getPoints() const {
+  return static_cast<std::size_t>((last - first) / cluster + 1);
+}
+
+int cScanRange::start(iSCIP2IF& scanner) const {
+  constexpr int ENDLESS = 0;
+  return scanner.startScan(first, last, cluster, interval, ENDLESS, maxDistance);
+}
+
+bool cScanRange::isValid(double distance) const {
+  return distance >= minDistance && distance <= maxDistance;
+}
+
+double cScanRange::getPeriod() const {
+  return turnsPerMinute > 0 ? 60.0 / turnsPerMinute * (interval + 1) : 0;
+}
+
+}  // namespace tool

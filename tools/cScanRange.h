@@ -1,0 +1,58 @@
+#ifndef TARVOLINK_TOOLS_CSCANRANGE_H
+#define TARVOLINK_TOOLS_CSCANRANGE_H
+
+#include <cstddef>
+#include <optional>
+
+#include "tarvolink/tarvolink.h"
+
+namespace tool {
+
+/// What the user asks a scan to cover; empty: the sensor's own limit.
+struct cScanWish {
+  std::optional<int> first;
+  std::optional<int> last;
+  int cluster = 1;
+  int interval = 0;
+  std::optional<int> maxDistance;
+
+  /// Throws `cFailure` for what no sensor could do: no command carries it.
+  void check() const;
+};
+
+/// What a scan covers on one sensor: steps, cluster and interval as the scan command has them,
+/// distances in millimetres.
+class cScanRange {
+ public:
+  /// Completes `wish` from `sensor`'s parameters. Throws `cFailure` when the sensor has not told
+  /// them, the range lies outside of them, or its answer could not be read.
+  cScanRange(const cScanWish& wish, const cSensorDriver& sensor);
+
+  /// The number of points that a scan has; a partial last cluster counts as one.
+  std::size_t getPoints() const;
+
+  /// Starts an endless scan; the library's result.
+  int start(iSCIP2IF& scanner) const;
+
+  /// True for a reading that is a distance within the range, no error value of the sensor's.
+  bool isValid(double distance) const;
+
+  /// Seconds between two scans, as the sensor turns; 0 when it does not tell.
+  double getPeriod() const;
+
+ private:
+  void checkSteps(const cSensorDriver& sensor) const;
+  void checkLastLine() const;
+
+  const int first;
+  const int last;
+  const int cluster;
+  const int interval;
+  const int minDistance;
+  const int maxDistance;
+  const int turnsPerMinute;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,46 @@
+#ifndef TARVOLINK_TOOLS_CSENSOR_H
+#define TARVOLINK_TOOLS_CSENSOR_H
+
+#include <memory>
+#include <optional>
+
+#include "tarvolink/tarvolink.h"
+#include "tools/cDeviceName.h"
+#include "tools/cPort.h"
+#include "tools/cStop.h"
+
+namespace tool {
+
+/// The sensor behind DEVICE, found and ready for commands: nothing runs on it any more, and what
+/// it tells of itself is known as far as it answers. Belongs to one thread.
+class cSensor {
+ public:
+  /// Opens `device` and looks for its sensor, which takes up to about a minute; says on standard
+  /// error what it does. A signal meanwhile ends the process. Throws `cFailure` when the device
+  /// cannot be used or nothing answers on it.
+  cSensor(const cDeviceName& device, cStop& stop);
+
+  const cSensorDriver& info() const { return *driver; }
+  iSCIP2IF& scanner() const { return *driver->getSCIP2IF(); }
+
+  /// The line speed at which the sensor was found, bits per second.
+  int getLineSpeed() const { return setting->baudRate; }
+
+ private:
+  boost::shared_ptr<cSensorDriver> find(const std::string& name) const;
+  void quieten() const;
+  void fetchMissing() const;
+  bool hasIdentity() const;
+  bool hasParameters() const;
+
+  // The driver goes before the sensor that it talks to.
+  const std::unique_ptr<cSimSensor> simulated;  // empty for a real one
+  const std::string path;
+  const cPort port;
+  const boost::shared_ptr<kavTBX::cPortSetting> setting;  // the search leaves the speed in it
+  boost::shared_ptr<cSensorDriver> driver;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,23 @@
+#ifndef TARVOLINK_TOOLS_CSIMCOMMAND_H
+#define TARVOLINK_TOOLS_CSIMCOMMAND_H
+
+#include "sim/tarvosim.h"
+#include "tools/iCommand.h"
+
+namespace tool {
+
+/// `tarvolink sim`: one simulated sensor on a pseudo-terminal until a signal comes; prints its
+/// path.
+class cSimCommand : public iCommand {
+ public:
+  explicit cSimCommand(CLI::App& app);
+
+  void run() override;
+
+ private:
+  cSimSetting setting;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,27 @@
+#ifndef TARVOLINK_TOOLS_ICOMMAND_H
+#define TARVOLINK_TOOLS_ICOMMAND_H
+
+#include <CLI/CLI.hpp>
+
+namespace tool {
+
+/// One subcommand: its constructor declares name and options, `run` does the work.
+class iCommand {
+ public:
+  virtual ~iCommand() = default;
+
+  /// True when the command line asked for this one; valid after parsing.
+  bool isChosen() const { return declaration->parsed(); }
+
+  /// Does the work. Throws `cFailure` for what the user must know.
+  virtual void run() = 0;
+
+ protected:
+  explicit iCommand(CLI::App* subcommand) : declaration(subcommand) {}
+
+  CLI::App* const declaration;  ///< owned by the application that it was added to
+};
+
+}  // namespace tool
+
+#endif

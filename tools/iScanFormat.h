@@ -1,0 +1,37 @@
+#ifndef TARVOLINK_TOOLS_ISCANFORMAT_H
+#define TARVOLINK_TOOLS_ISCANFORMAT_H
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "tools/cScanRange.h"
+
+namespace tool {
+
+/// The forms in which scans are written.
+enum class eScanFormat { TABLE, CSV, JSON };
+
+/// Their names on the command line.
+const std::map<std::string, eScanFormat>& scanFormats();
+
+/// Turns scans into the rows of one form of output. Texts end in a line end, or are empty.
+class iScanFormat {
+ public:
+  virtual ~iScanFormat() = default;
+
+  /// What comes before the first scan.
+  virtual std::string header() const = 0;
+
+  /// The rows of scan `number` (the first is 1); `rate` is in scans per second, 0 when not known
+  /// yet.
+  virtual std::string rows(std::size_t number, const cScan& scan, double rate) const = 0;
+};
+
+/// The form of that kind; `range` says which readings count as distances, and must outlive it.
+std::unique_ptr<iScanFormat> makeScanFormat(eScanFormat format, const cScanRange& range);
+
+}  // namespace tool
+
+#endif

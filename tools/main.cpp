@@ -1,0 +1,62 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <exception>
+#include <memory>
+#include <vector>
+
+#include "tools/cFailure.h"
+#include "tools/cInfoCommand.h"
+#include "tools/cScanCommand.h"
+#include "tools/cSimCommand.h"
+#include "tools/notice.h"
+
+namespace {
+
+/// Descriptors 0 to 2 that the caller closed would be given to the port, and messages written
+/// to the sensor. Opened here for the wrong direction, so that using one is still an error.
+void occupyStandardDescriptors() {
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(fd, F_GETFD) < 0) open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+  }
+}
+
+int fail(tool::eExit status, const char* message) {
+  tool::notice(message);
+  return static_cast<int>(status);
+}
+
+int runChosen(const std::vector<std::unique_ptr<tool::iCommand>>& commands) {
+  try {
+    for (const auto& command : commands) {
+      if (command->isChosen()) command->run();
+    }
+    return static_cast<int>(tool::eExit::SUCCESS);
+  } catch (const tool::cFailure& failure) {
+    return fail(failure.status, failure.what());
+  } catch (const std::exception& error) {
+    return fail(tool::eExit::BAD_INPUT, error.what());
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  occupyStandardDescriptors();
+  std::signal(SIGPIPE, SIG_IGN);
+
+  CLI::App app("Finds laser range finders on serial lines and takes their scans.", "tarvolink");
+  app.set_version_flag("--version", "tarvolink " TARVOLINK_VERSION);
+  app.require_subcommand(1);
+  std::vector<std::unique_ptr<tool::iCommand>> commands;
+  commands.push_back(std::make_unique<tool::cInfoCommand>(app));
+  commands.push_back(std::make_unique<tool::cScanCommand>(app));
+  commands.push_back(std::make_unique<tool::cSimCommand>(app));
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : static_cast<int>(tool::eExit::USAGE);
+  }
+  return runChosen(commands);
+}
