@@ -1,10 +1,10 @@
 #include "sim/cSimScip1.h"
 
-#include <algorithm>
 #include <climits>
 #include <cstdio>
 
 #include "sim/cSimCode.h"
+#include "sim/cSimText.h"
 
 namespace {
 
@@ -14,13 +14,6 @@ cSimRecord reply(const std::string& line, char status, const std::string& body =
   cSimRecord record;
   record.bytes = line + "\n" + status + "\n" + body + "\n";
   return record;
-}
-
-bool hasDigits(const std::string& text, std::size_t from, std::size_t count) {
-  if (text.size() < from + count) return false;
-  const auto begin = text.begin() + static_cast<std::ptrdiff_t>(from);
-  return std::all_of(begin, begin + static_cast<std::ptrdiff_t>(count),
-                     [](char c) { return c >= '0' && c <= '9'; });
 }
 
 }  // namespace
@@ -39,8 +32,10 @@ cSimRecord cSimScip1::answer(const std::string& line, const cSimMoment& moment) 
     return reply(line, '0');
   }
   if (line == "SCIP2.0") return switchOver(line);
-  if (line.size() == 9 && line[0] == 'G' && hasDigits(line, 1, 8)) return scan(line, moment);
-  if (line.size() == 14 && line[0] == 'S' && hasDigits(line, 1, 6)) return lineSpeed(line);
+  if (line.size() == 9 && line[0] == 'G' && cSimText::isNumber(line.substr(1)))
+    return scan(line, moment);
+  if (line.size() == 14 && line[0] == 'S' && cSimText::isNumber(line.substr(1, 6)))
+    return lineSpeed(line);
   return refuse(line, setting.unknownCommands);
 }
 

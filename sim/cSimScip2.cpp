@@ -1,24 +1,17 @@
 #include "sim/cSimScip2.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstdio>
 
 #include "sim/cSimCode.h"
+#include "sim/cSimText.h"
 
 namespace {
 
 constexpr std::size_t STRING_MOST = 16;
-constexpr int MS_MOST = 4095;
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-bool isNumber(const std::string& text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(), isDigit);
-}
 
 bool isStringLetter(char c) {
-  return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+  return cSimText::isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
          std::string(" ._+@").find(c) != std::string::npos;
 }
 
@@ -27,11 +20,6 @@ std::string stringError(const std::string& tail) {
   if (tail.size() > STRING_MOST + 1) return "0G";
   const bool good = tail.empty() || std::all_of(tail.begin() + 1, tail.end(), isStringLetter);
   return good ? "" : "0H";
-}
-
-std::string twoDigits(int value) {
-  const char digits[] = {static_cast<char>('0' + value / 10), static_cast<char>('0' + value % 10)};
-  return std::string(digits, 2);
 }
 
 std::string information(const std::string& key, const std::string& value) {
@@ -44,14 +32,6 @@ std::string information(const std::string& key, int value) {
 }
 
 }  // namespace
-
-struct cSimScip2::cCall {
-  const std::string& line;
-  std::string name;       ///< two letters
-  std::string arguments;  ///< what follows them, up to the ";"
-  std::string tail;       ///< from the ";" on
-  const cSimMoment& moment;
-};
 
 struct cSimScip2::cCommand {
   const char* name;
@@ -188,7 +168,7 @@ cSimRecord cSimScip2::adjust(const cCall& call) {
 }
 
 cSimRecord cSimScip2::lineSpeed(const cCall& call) {
-  if (!isNumber(call.arguments)) return reply(call.line, "01");
+  if (!cSimText::isNumber(call.arguments)) return reply(call.line, "01");
   if (state.speed == 0) return reply(call.line, "04");
   const int speed = std::stoi(call.arguments);
   if (speed != 19200 && speed != 57600 && speed != 115200 && speed != 500000)
@@ -207,7 +187,7 @@ double cSimScip2::rate() const {
 
 cSimRecord cSimScip2::motorSpeed(const cCall& call) {
   if (setting.model != eSimModel::SHORT_RANGE) return reply(call.line, "04");
-  if (!isNumber(call.arguments)) return reply(call.line, "01");
+  if (!cSimText::isNumber(call.arguments)) return reply(call.line, "01");
   const int code = std::stoi(call.arguments);
   const int level = code == 99 ? 0 : code;
   if (level > 10) return reply(call.line, "02");
@@ -225,79 +205,4 @@ cSimRecord cSimScip2::sensitivity(const cCall& call) {
   if (sensitive == state.sensitive) return reply(call.line, "02");
   state.sensitive = sensitive;
   return reply(call.line, "00");
-}
-
-std::string cSimScip2::rangeError(const std::string& text) const {
-  if (!isNumber(text.substr(0, 4))) return "01";
-  if (!isNumber(text.substr(4, 4))) return "02";
-  if (!isNumber(text.substr(8, 2))) return "03";
-  const int last = std::stoi(text.substr(4, 4));
-  if (last > model.last) return "04";
-  return last < std::stoi(text.substr(0, 4)) ? "05" : "";
-}
-
-namespace {
-cSimTask taskOf(const std::string& name, const std::string& text) {
-  cSimTask task;
-  task.first = std::stoi(text.substr(0, 4));
-  task.last = std::stoi(text.substr(4, 4));
-  task.cluster = std::stoi(text.substr(8, 2));
-  task.wide = name[1] == 'D';
-  return task;
-}
-}  // namespace
-
-cSimRecord cSimScip2::measure(const cCall& call) {
-  const std::string& text = call.arguments;
-  std::string error = rangeError(text);
-  if (error < "04" && !error.empty()) return reply(call.line, error);
-  if (!isDigit(text[10])) return reply(call.line, "06");
-  if (!isNumber(text.substr(11, 2))) return reply(call.line, "07");
-  if (!error.empty()) return reply(call.line, error);
-
-  cSimTask task = taskOf(call.name, text);
-  task.head = call.name + text.substr(0, 11);
-  task.tail = call.tail;
-  task.interval = text[10] - '0';
-  task.left = std::stoi(text.substr(11, 2));
-  task.endless = task.left == 0;
-  state.task = task;
-  state.laser = true;
-  cSimRecord record = reply(call.line, "00");
-  record.starts = true;
-  return record;
-}
-
-cSimRecord cSimScip2::stored(const cCall& call) {
-  const std::string error = rangeError(call.arguments);
-  if (!error.empty()) return reply(call.line, error);
-  if (!state.laser) return reply(call.line, "10");
-  const cSimMoment& moment = call.moment;
-  cSimRecord record =
-      reply(call.line, "00",
-            scanBody(taskOf(call.name, call.arguments), moment.lastScan, moment.lastStamp));
-  record.scan = moment.lastScan;
-  return record;
-}
-
-std::string cSimScip2::scanBody(const cSimTask& task, std::uint32_t number,
-                                std::uint32_t stamp) const {
-  const auto readings =
-      world.scan(number, task.first, task.last, task.cluster, task.wide ? INT_MAX : MS_MOST);
-  return cSimCode::summed(cSimCode::number(stamp & 0xFFFFFF, 4)) +
-         cSimCode::lines(cSimCode::numbers(readings, task.wide ? 3 : 2), true);
-}
-
-cSimRecord cSimScip2::makeScan(std::uint32_t number, std::uint32_t stamp) {
-  cSimTask& task = *state.task;
-  if (!task.endless) --task.left;
-  cSimRecord record =
-      reply(task.head + twoDigits(task.left) + task.tail, "99", scanBody(task, number, stamp));
-  record.scan = number;
-  record.running = true;
-  if (!task.endless && task.left == 0) {
-    state.task.reset();
-    state.laser = false;
-  }
-  return record;
 }

@@ -31,7 +31,13 @@ class cSimScip2 {
   cSimRecord refuse(const std::string& line, const std::string& status, eSimUnknown how) const;
 
  private:
-  struct cCall;     ///< a command taken apart
+  struct cCall {  ///< a command taken apart
+    const std::string& line;
+    std::string name;       ///< two letters
+    std::string arguments;  ///< what follows them, up to the ";"
+    std::string tail;       ///< from the ";" on
+    const cSimMoment& moment;
+  };
   struct cCommand;  ///< a row of the table of commands
   static const cCommand* find(const std::string& name);
 

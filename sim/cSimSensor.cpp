@@ -123,20 +123,9 @@ std::vector<std::uint32_t> cSimSensor::getSentScans() const { return body->log.g
 std::vector<std::string> cSimSensor::getCommands() const { return body->log.getCommands(); }
 cSimCounters cSimSensor::getCounters() const { return body->log.getCounters(); }
 
-bool cSimSensor::waitForSentScans(std::uint64_t count, cTimeOut timeOut) const {
-  return body->log.waitFor(&cSimCounters::scans, count, timeOut);
-}
-
-bool cSimSensor::waitForRecords(std::uint64_t count, cTimeOut timeOut) const {
-  return body->log.waitFor(&cSimCounters::records, count, timeOut);
-}
-
-bool cSimSensor::waitForBytesHeard(std::uint64_t count, cTimeOut timeOut) const {
-  return body->log.waitFor(&cSimCounters::bytesHeard, count, timeOut);
-}
-
-bool cSimSensor::waitForSkippedScans(std::uint64_t count, cTimeOut timeOut) const {
-  return body->log.waitFor(&cSimCounters::skippedScans, count, timeOut);
+bool cSimSensor::waitFor(std::uint64_t cSimCounters::*counter, std::uint64_t count,
+                         cTimeOut timeOut) const {
+  return body->log.waitFor(counter, count, timeOut);
 }
 
 bool cSimSensor::waitForCommand(const std::string& prefix, cTimeOut timeOut,

@@ -24,9 +24,9 @@ struct cSimCounters {
 /// A sensor on a pseudo-terminal that a driver cannot tell from a real one. It answers from a
 /// thread of its own from construction to destruction; several live in one process.
 ///
-/// Threads: any thread may call any operation, except that plug, unplug and the destructor must
-/// not be called from cSimSetting::onCommand, and the reference that getPath returns is good
-/// until the next plug().
+/// Threads: any thread may call any operation, except that plug, unplug, clearFaults and the
+/// destructor must not be called from cSimSetting::onCommand, and the reference that getPath
+/// returns is good until the next plug().
 class cSimSensor {
  public:
   /// Opens a pty (raw, no echo) and begins to listen. Throws std::system_error when no pty is to
@@ -85,12 +85,13 @@ class cSimSensor {
   cSimCounters getCounters() const;
 
   using cTimeOut = std::chrono::milliseconds;
-  /// Each waits until its condition holds, at most so long; returns whether it holds. They count
-  /// from the sensor's making.
-  bool waitForSentScans(std::uint64_t count, cTimeOut timeOut) const;
-  bool waitForRecords(std::uint64_t count, cTimeOut timeOut) const;
-  bool waitForBytesHeard(std::uint64_t count, cTimeOut timeOut) const;
-  bool waitForSkippedScans(std::uint64_t count, cTimeOut timeOut) const;
+  /// Each waits until its condition holds, at most so long; returns whether it holds. The counters
+  /// run from the sensor's making: waitFor(&cSimCounters::skippedScans, 3,
+  /// std::chrono::seconds(5)).
+  bool waitFor(std::uint64_t cSimCounters::*counter, std::uint64_t count, cTimeOut timeOut) const;
+  bool waitForSentScans(std::uint64_t count, cTimeOut timeOut) const {
+    return waitFor(&cSimCounters::scans, count, timeOut);
+  }
   /// A command line that begins with prefix was heard `count` times (among the newest 65536).
   bool waitForCommand(const std::string& prefix, cTimeOut timeOut, std::size_t count = 1) const;
 

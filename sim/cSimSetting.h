@@ -64,6 +64,6 @@ struct cSimSetting {
   std::string link;
 
   /// Called for each command line heard that is not blank, before it is answered, in the sensor's
-  /// own thread. It must not call plug, unplug or the destructor.
+  /// own thread. It must not call plug, unplug or clearFaults, nor destroy the sensor.
   std::function<void(const std::string&)> onCommand;
 };

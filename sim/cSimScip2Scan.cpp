@@ -1,0 +1,89 @@
+#include <climits>
+
+#include "sim/cSimCode.h"
+#include "sim/cSimScip2.h"
+#include "sim/cSimText.h"
+
+namespace {
+
+constexpr int MS_MOST = 4095;
+
+std::string twoDigits(int value) {
+  const char digits[] = {static_cast<char>('0' + value / 10), static_cast<char>('0' + value % 10)};
+  return std::string(digits, 2);
+}
+
+cSimTask taskOf(const std::string& name, const std::string& text) {
+  cSimTask task;
+  task.first = std::stoi(text.substr(0, 4));
+  task.last = std::stoi(text.substr(4, 4));
+  task.cluster = std::stoi(text.substr(8, 2));
+  task.wide = name[1] == 'D';
+  return task;
+}
+
+}  // namespace
+
+std::string cSimScip2::rangeError(const std::string& text) const {
+  if (!cSimText::isNumber(text.substr(0, 4))) return "01";
+  if (!cSimText::isNumber(text.substr(4, 4))) return "02";
+  if (!cSimText::isNumber(text.substr(8, 2))) return "03";
+  const int last = std::stoi(text.substr(4, 4));
+  if (last > model.last) return "04";
+  return last < std::stoi(text.substr(0, 4)) ? "05" : "";
+}
+
+cSimRecord cSimScip2::measure(const cCall& call) {
+  const std::string& text = call.arguments;
+  std::string error = rangeError(text);
+  if (error < "04" && !error.empty()) return reply(call.line, error);
+  if (!cSimText::isDigit(text[10])) return reply(call.line, "06");
+  if (!cSimText::isNumber(text.substr(11, 2))) return reply(call.line, "07");
+  if (!error.empty()) return reply(call.line, error);
+
+  cSimTask task = taskOf(call.name, text);
+  task.head = call.name + text.substr(0, 11);
+  task.tail = call.tail;
+  task.interval = text[10] - '0';
+  task.left = std::stoi(text.substr(11, 2));
+  task.endless = task.left == 0;
+  state.task = task;
+  state.laser = true;
+  cSimRecord record = reply(call.line, "00");
+  record.starts = true;
+  return record;
+}
+
+cSimRecord cSimScip2::stored(const cCall& call) {
+  const std::string error = rangeError(call.arguments);
+  if (!error.empty()) return reply(call.line, error);
+  if (!state.laser) return reply(call.line, "10");
+  const cSimMoment& moment = call.moment;
+  cSimRecord record =
+      reply(call.line, "00",
+            scanBody(taskOf(call.name, call.arguments), moment.lastScan, moment.lastStamp));
+  record.scan = moment.lastScan;
+  return record;
+}
+
+std::string cSimScip2::scanBody(const cSimTask& task, std::uint32_t number,
+                                std::uint32_t stamp) const {
+  const auto readings =
+      world.scan(number, task.first, task.last, task.cluster, task.wide ? INT_MAX : MS_MOST);
+  return cSimCode::summed(cSimCode::number(stamp & 0xFFFFFF, 4)) +
+         cSimCode::lines(cSimCode::numbers(readings, task.wide ? 3 : 2), true);
+}
+
+cSimRecord cSimScip2::makeScan(std::uint32_t number, std::uint32_t stamp) {
+  cSimTask& task = *state.task;
+  if (!task.endless) --task.left;
+  cSimRecord record =
+      reply(task.head + twoDigits(task.left) + task.tail, "99", scanBody(task, number, stamp));
+  record.scan = number;
+  record.running = true;
+  if (!task.endless && task.left == 0) {
+    state.task.reset();
+    state.laser = false;
+  }
+  return record;
+}
