@@ -24,9 +24,9 @@ class basic_portbuf;
 /// go to standard error.
 ///
 /// Nothing is locked: one thread at a time reads, writes or sets up; only
-/// `interruptReads` may be called beside them. Input is taken 12 characters at most a read(2),
-/// each after a poll(2), so that a silent device costs one time-out and never a blocked
-/// read. Output is never buffered: a block is one write(2), a character one of 1 byte.
+/// `interruptReads` and `isInterrupted` may be called beside them. Input is taken 12 characters at
+/// most a read(2), each after a poll(2), so that a silent device costs one time-out and never a
+/// blocked read. Output is never buffered: a block is one write(2), a character one of 1 byte.
 template <>
 class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
  public:
@@ -55,6 +55,9 @@ class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
   /// Makes reads that find no character waiting in the buffer end at once (true), or wait again
   /// (false). One that waits already ends by its own time-out. Any thread.
   void interruptReads(bool on);
+
+  /// Whether reads are interrupted now. Any thread.
+  bool isInterrupted() const { return interrupted; }
 
   /// Forgets what was received and not read yet, here and in the system (tcflush).
   void discardInput();

@@ -21,8 +21,9 @@ const int& cTarvoLink::doRaw1(std::string command) {
   *stream << command + SEND_EOL;
   lastRawCommand = command;
   record.command = command;
-  recvRecord();
-  if (record.echo != command) {
+  const bool isCutOff = !recvRecord() && portbuf->isInterrupted();
+  // Half an answer, because we stopped listening, is none: its data must not be decoded.
+  if (record.echo != command || isCutOff) {
     record.error = cSCIPError::EINVALID_ECHO;
     stream->clear();
   } else if (isDigit(record.status)) {
