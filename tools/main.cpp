@@ -48,13 +48,14 @@ int main(int argc, char** argv) {
 
   CLI::App app("Finds laser range finders on serial lines and takes their scans.", "tarvolink");
   app.set_version_flag("--version", "tarvolink " TARVOLINK_VERSION);
-  app.require_subcommand(1);
+  app.require_subcommand(0, 1);  // none is told below, after a misspelt one
   std::vector<std::unique_ptr<tool::iCommand>> commands;
   commands.push_back(std::make_unique<tool::cInfoCommand>(app));
   commands.push_back(std::make_unique<tool::cScanCommand>(app));
   commands.push_back(std::make_unique<tool::cSimCommand>(app));
   try {
     app.parse(argc, argv);
+    if (app.get_subcommands().empty()) throw CLI::RequiredError("A subcommand");
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : static_cast<int>(tool::eExit::USAGE);
   }

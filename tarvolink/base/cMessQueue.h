@@ -37,13 +37,14 @@ class cMessQueue {
     return true;
   }
 
-  /// Closes the queue for `postIfOpen` and hands over what was left in it. Any thread.
-  std::deque<T> close() {
-    std::deque<T> left;
+  /// Closes the queue for `postIfOpen`, gives what is left in it to `dispose` in order, and
+  /// drops it, all under the mutex. Allocates nothing. Any thread.
+  template <typename Dispose>
+  void close(Dispose dispose) {
     boost::mutex::scoped_lock lock(mutex);
     closed = 1;
-    left.swap(queue);
-    return left;
+    for (T& item : queue) dispose(item);
+    queue.clear();
   }
 
   std::deque<T> queue;  ///< the waiting items, oldest at the front; under `mutex`

@@ -1,5 +1,7 @@
 #include "tarvolink/scip2/cSCIP2Claim.h"
 
+#include <utility>
+
 cSCIP2Claim::cSCIP2Claim(cSCIP2Comm& givenComm, const std::string& command, int count)
     : comm(givenComm), listener(comm.claimRequest(command, count)) {}
 
@@ -19,7 +21,5 @@ void cSCIP2Claim::refuse() {
 }
 
 boost::shared_ptr<cSCIP2RecordListener> cSCIP2Claim::keep() {
-  const boost::shared_ptr<cSCIP2RecordListener> kept = comm.keep(listener);
-  listener = nullptr;
-  return kept;
+  return comm.keep(std::exchange(listener, nullptr));
 }

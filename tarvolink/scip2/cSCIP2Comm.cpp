@@ -94,9 +94,10 @@ boost::shared_ptr<cSCIPRecord> cSCIP2Comm::waitRecord(int tag, int timeout) {
   boost::shared_ptr<cSCIP2RecordListener> found;
   {
     boost::mutex::scoped_lock guard(listsMutex);
-    for (cSCIP2RecordListener* listener : activeListeners) {
-      if (!found && listener->tag == tag) found = getOwner(listener);
-    }
+    const auto place =
+        std::find_if(activeListeners.begin(), activeListeners.end(),
+                     [tag](const cSCIP2RecordListener* listener) { return listener->tag == tag; });
+    if (place != activeListeners.end()) found = findOwner(*place);
   }
   return found ? found->waitRecord(timeout) : boost::shared_ptr<cSCIPRecord>();
 }
@@ -104,12 +105,11 @@ boost::shared_ptr<cSCIPRecord> cSCIP2Comm::waitRecord(int tag, int timeout) {
 void cSCIP2Comm::release(cSCIP2RecordListener* listener) {
   boost::mutex::scoped_lock guard(listsMutex);
   listener->claimed = false;
-  const bool active = isActive(listener);
-  if (active) {
-    listener->abandoned = true;
+  listener->abandoned = isActive(listener);
+  if (listener->abandoned) {
     boundAbandoned();
-  } else if (listener->retired) {
-    disown(listener);
+  } else {
+    disownRetired(listener);
   }
 }
 
@@ -119,7 +119,6 @@ void cSCIP2Comm::retire(cSCIP2RecordListener* listener) {
 }
 
 boost::shared_ptr<cSCIP2RecordListener> cSCIP2Comm::keep(cSCIP2RecordListener* listener) {
-  boost::mutex::scoped_lock guard(listsMutex);
   const boost::shared_ptr<cSCIP2RecordListener> owner = getOwner(listener);
   return boost::shared_ptr<cSCIP2RecordListener>(
       listener, [this, owner](cSCIP2RecordListener* kept) { recycle(kept); });
@@ -129,9 +128,9 @@ void cSCIP2Comm::recycle(cSCIP2RecordListener* listener) {
   boost::mutex::scoped_lock guard(listsMutex);
   listener->claimed = false;
   listener->empty();
-  activeListeners.remove(listener);
-  freeListeners.remove(listener);
-  setFree(listener);
+  const auto place = std::find(activeListeners.begin(), activeListeners.end(), listener);
+  if (place != activeListeners.end()) setFree(place);
+  disownRetired(listener);
 }
 
 void cSCIP2Comm::giveUp() {
@@ -210,15 +209,14 @@ void cSCIP2Comm::assignListener(cReqType& request) {
       freeListeners.begin(), freeListeners.end(),
       [](const cSCIP2RecordListener* listener) { return !listener->busy && !listener->claimed; });
   if (place != freeListeners.end()) {
-    request.listener = *place;
-    freeListeners.erase(place);
+    activeListeners.splice(activeListeners.end(), freeListeners, place);
   } else {
-    listeners.push_back(boost::make_shared<cSCIP2RecordListener>());
-    request.listener = listeners.back().get();
+    const auto made = boost::make_shared<cSCIP2RecordListener>();
+    listeners.push_back(made);
+    activeListeners.push_back(made.get());
   }
+  request.listener = activeListeners.back();
   request.listener->claimed = request.claims;
-  request.listener->abandoned = false;
-  activeListeners.push_back(request.listener);
 }
 
 void cSCIP2Comm::send(cReqType& request) {
@@ -261,25 +259,31 @@ void cSCIP2Comm::offer(boost::shared_ptr<cSCIPRecord> record) {
                    [&record](cSCIP2RecordListener* listener) { return listener->push(record); });
   if (taker == activeListeners.end() || !(*taker)->isComplete()) return;
   cSCIP2RecordListener* const complete = *taker;
-  activeListeners.erase(taker);
-  setFree(complete);
+  setFree(taker);
+  disownRetired(complete);
 }
 
-/// Hands a listener on for reuse, or, if it is retired and nobody holds it, lets it go.
-void cSCIP2Comm::setFree(cSCIP2RecordListener* listener) {
-  listener->abandoned = false;
-  if (!listener->retired) {
-    freeListeners.push_back(listener);
-  } else if (!listener->claimed) {
-    disown(listener);
-  }
+/// Moves an active listener to the end of the free ones. Allocates nothing: a scan's listener
+/// comes here from a destructor.
+void cSCIP2Comm::setFree(std::list<cSCIP2RecordListener*>::iterator place) {
+  (*place)->abandoned = false;
+  freeListeners.splice(freeListeners.end(), activeListeners, place);
 }
 
-void cSCIP2Comm::disown(cSCIP2RecordListener* listener) {
-  listeners.erase(std::find(listeners.begin(), listeners.end(), getOwner(listener)));
+/// Lets a free listener go if it is retired and nobody holds it.
+void cSCIP2Comm::disownRetired(cSCIP2RecordListener* listener) {
+  if (!listener->retired || listener->claimed) return;
+  freeListeners.remove(listener);
+  listeners.erase(std::find(listeners.begin(), listeners.end(), findOwner(listener)));
 }
 
-boost::shared_ptr<cSCIP2RecordListener> cSCIP2Comm::getOwner(cSCIP2RecordListener* listener) const {
+boost::shared_ptr<cSCIP2RecordListener> cSCIP2Comm::getOwner(cSCIP2RecordListener* listener) {
+  boost::mutex::scoped_lock guard(listsMutex);
+  return findOwner(listener);
+}
+
+boost::shared_ptr<cSCIP2RecordListener> cSCIP2Comm::findOwner(
+    const cSCIP2RecordListener* listener) const {
   return *std::find_if(listeners.begin(), listeners.end(),
                        [listener](const boost::shared_ptr<cSCIP2RecordListener>& owner) {
                          return owner.get() == listener;
@@ -303,20 +307,20 @@ void cSCIP2Comm::boundAbandoned() {
     return;
   }
   const auto oldest = std::find_if(activeListeners.begin(), activeListeners.end(), isAbandoned);
-  cSCIP2RecordListener* const dropped = *oldest;
-  activeListeners.erase(oldest);
-  dropped->empty();
-  setFree(dropped);
+  forget(oldest);
 }
 
 void cSCIP2Comm::forgetAll() {
   boost::mutex::scoped_lock guard(listsMutex);
-  while (!activeListeners.empty()) {
-    cSCIP2RecordListener* const listener = activeListeners.front();
-    activeListeners.pop_front();
-    listener->empty();
-    setFree(listener);
-  }
+  while (!activeListeners.empty()) forget(activeListeners.begin());
+}
+
+/// Expects nothing more of an active listener.
+void cSCIP2Comm::forget(std::list<cSCIP2RecordListener*>::iterator place) {
+  cSCIP2RecordListener* const forgotten = *place;
+  forgotten->empty();
+  setFree(place);
+  disownRetired(forgotten);
 }
 
 /// Reading a hung-up port returns at once: sleeps a little, but not on a new request.
@@ -327,7 +331,7 @@ void cSCIP2Comm::pause() {
 }
 
 void cSCIP2Comm::closeQueue() {
-  for (cReqType* request : queue.close()) wake(request);
+  queue.close([](cReqType* request) { wake(request); });
 }
 
 void cSCIP2Comm::wake(cReqType* request) {

@@ -109,14 +109,16 @@ class TARVOLINK_API cSCIP2Comm : public kavTBX::cThread {
   void forgetAll();
   void pause();
   void closeQueue();
-  void wake(cReqType* request);
+  static void wake(cReqType* request);
   bool expectsRecords();
   void recycle(cSCIP2RecordListener* listener);
-  void setFree(cSCIP2RecordListener* listener);
-  void disown(cSCIP2RecordListener* listener);
+  void setFree(std::list<cSCIP2RecordListener*>::iterator place);
+  void disownRetired(cSCIP2RecordListener* listener);
+  void forget(std::list<cSCIP2RecordListener*>::iterator place);
   void boundAbandoned();
   bool isActive(cSCIP2RecordListener* listener) const;
-  boost::shared_ptr<cSCIP2RecordListener> getOwner(cSCIP2RecordListener* listener) const;
+  boost::shared_ptr<cSCIP2RecordListener> getOwner(cSCIP2RecordListener* listener);
+  boost::shared_ptr<cSCIP2RecordListener> findOwner(const cSCIP2RecordListener* listener) const;
 
   kavTBX::cMessQueue<cReqType*> queue;
   boost::shared_ptr<cTarvoLink> link;
