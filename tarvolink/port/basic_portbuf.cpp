@@ -177,6 +177,7 @@ basic_portbuf<char>::int_type basic_portbuf<char>::overflow(int_type c) {
   if (traits_type::eq_int_type(c, traits_type::eof())) {
     ::close(fd);
     fd = -1;
+    usable = false;
     return traits_type::eof();
   }
   const char character = traits_type::to_char_type(c);

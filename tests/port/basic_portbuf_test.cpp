@@ -1,0 +1,254 @@
+// Opening, reading, writing and closing a port.
+#include "tarvolink/port/basic_portbuf.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <fstream>
+#include <memory>
+#include <thread>
+
+#include "tarvolink/port/basic_portstream.h"
+#include "tests/support/cPtyPair.h"
+#include "tests/support/syscalls.h"
+
+namespace {
+
+using kavTBX::cPortSetting;
+using tSetting = boost::shared_ptr<cPortSetting>;
+
+/// A port whose protected operations a test can call.
+class cPort : public kavTBX::basic_portbuf<char> {
+ public:
+  using kavTBX::basic_portbuf<char>::basic_portbuf;
+  using kavTBX::basic_portbuf<char>::underflow;
+  using kavTBX::basic_portbuf<char>::overflow;
+};
+
+constexpr int END = std::char_traits<char>::eof();
+
+/// Milliseconds that `action` takes.
+template <typename Action>
+long measure(Action action) {
+  const auto start = std::chrono::steady_clock::now();
+  action();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
+                                                               start)
+      .count();
+}
+
+/// The flags of this process's descriptors on `path`, the test's own slave left out.
+std::vector<int> listDescriptors(const cPtyPair& cable) {
+  std::vector<int> flags;
+  for (int fd = 0; fd < 256; ++fd) {
+    const std::string entry = "/proc/self/fd/" + std::to_string(fd);
+    char target[256] = {};
+    if (fd == cable.getSlave() || readlink(entry.c_str(), target, sizeof target - 1) < 0) continue;
+    if (cable.getPath() == target) flags.push_back(fcntl(fd, F_GETFD));
+  }
+  return flags;
+}
+
+TEST(PortOpening, aMissingDeviceIsToldAndCostsNoTime) {
+  testing::internal::CaptureStderr();
+  cPort port("/nowhere/tty", tSetting());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "basic_portbuf::c'tor: No such file or directory\n");
+  EXPECT_EQ(port.getDevice(), "/nowhere/tty");
+  EXPECT_EQ(port.getSetting()->baudRate, 115200);
+  EXPECT_FALSE(port.isTerminal());
+  EXPECT_FALSE(port.termSetup(tSetting(new cPortSetting)));
+  EXPECT_LT(measure([&] { EXPECT_EQ(port.sgetc(), END); }), port.readTimeout);
+  EXPECT_TRUE(port.isDeadEnd());
+  EXPECT_EQ(port.sputn("x", 1), 0);
+  EXPECT_EQ(port.overflow('x'), 'x');
+  EXPECT_EQ(port.overflow(END), 0);
+}
+
+TEST(PortOpening, whatIsNoTerminalStaysOpenButUnusable) {
+  const std::string file = testing::TempDir() + "tarvo_no_tty_" + std::to_string(getpid());
+  std::ofstream(file) << "content";
+  testing::internal::CaptureStderr();
+  {
+    cPort port(file, tSetting());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "basic_portbuf::c'tor::tcgetattr: Inappropriate ioctl for device\n");
+    EXPECT_FALSE(port.isTerminal());
+    EXPECT_FALSE(port.termSetup(tSetting(new cPortSetting)));
+    EXPECT_EQ(port.sbumpc(), 'c');
+    EXPECT_EQ(port.sputn("!", 1), 1);
+  }
+  std::string text;
+  std::getline(std::ifstream(file), text);
+  EXPECT_EQ(text, "content!");
+  unlink(file.c_str());
+}
+
+TEST(PortOpening, aRefusedSettingLeavesItUnusableForGood) {
+  cPtyPair cable;
+  const tSetting refused(new cPortSetting);
+  refused->stopBits = 3;
+  cPort port(cable.getPath(), refused);
+  EXPECT_FALSE(port.termSetup(tSetting(new cPortSetting)));
+  EXPECT_EQ(port.getSetting(), refused);
+  EXPECT_TRUE(port.isTerminal());
+  EXPECT_EQ(port.sputn("out", 3), 3);
+  EXPECT_EQ(cable.receive(3), "out");
+}
+
+// Would catch a descriptor leaked to the host's children or to the rest of the process's life.
+TEST(PortDescriptor, isClosedOnExecAndWithThePort) {
+  cPtyPair cable;
+  {
+    cPort port(cable.getPath(), tSetting());
+    EXPECT_EQ(port.readTimeout, 2500);
+    EXPECT_EQ(listDescriptors(cable), std::vector<int>{FD_CLOEXEC});
+  }
+  EXPECT_TRUE(listDescriptors(cable).empty());
+  EXPECT_EQ(cable.getAttributes().c_lflag & ICANON, 0u) << "the device stays in raw mode";
+}
+
+TEST(PortDescriptor, isClosedByWritingEndOfFile) {
+  cPtyPair cable;
+  cPort port(cable.getPath(), tSetting());
+  EXPECT_EQ(port.overflow(END), END);
+  EXPECT_TRUE(listDescriptors(cable).empty());
+  EXPECT_EQ(port.sputn("x", 1), 0);
+  EXPECT_LT(measure([&] { EXPECT_EQ(port.sgetc(), END); }), port.readTimeout);
+  const tSetting odd(new cPortSetting);
+  odd->baudRate = 4800;
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(port.termSetup(odd));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "a closed port is not usable";
+}
+
+TEST(PortStream, ownsItsBufferOnlyWhenTold) {
+  for (const bool owns : {true, false}) {
+    cPtyPair cable;
+    auto* const port = new cPort(cable.getPath(), tSetting());
+    std::make_unique<kavTBX::basic_portstream<char>>(port, owns).reset();
+    EXPECT_EQ(listDescriptors(cable).empty(), owns);
+    if (!owns) delete port;
+  }
+}
+
+TEST(PortReading, takesTwelveAtATimeAndKeepsFourForPutBack) {
+  cPtyPair cable;
+  cPort port(cable.getPath(), tSetting());
+  cable.send("abcdefghijklmnopqrst");
+  ASSERT_TRUE(cable.waitUntilWaiting(20));
+  EXPECT_EQ(port.sgetc(), 'a');
+  EXPECT_EQ(cable.countWaiting(), 8);
+  EXPECT_EQ(port.in_avail(), 12);
+  char first[12];
+  EXPECT_EQ(port.sgetn(first, 12), 12);
+  EXPECT_EQ(port.sgetc(), 'm');
+  for (const char c : {'l', 'k', 'j', 'i'}) EXPECT_EQ(port.sungetc(), c);
+  EXPECT_EQ(port.sungetc(), END);
+  char rest[12];
+  EXPECT_EQ(port.sgetn(rest, 12), 12);
+  EXPECT_EQ(std::string(rest, 12), "ijklmnopqrst");
+}
+
+TEST(PortReading, keepsWhatThereIsForPutBackAcrossShortReads) {
+  cPtyPair cable;
+  cPort port(cable.getPath(), tSetting());
+  for (const char* const pair : {"ab", "cd", "ef"}) {
+    cable.send(pair);
+    ASSERT_TRUE(cable.waitUntilWaiting(2));
+    EXPECT_EQ(port.sbumpc(), pair[0]);
+    EXPECT_EQ(port.sbumpc(), pair[1]);
+  }
+  for (const char c : {'f', 'e', 'd', 'c', 'b', 'a'}) EXPECT_EQ(port.sungetc(), c);
+}
+
+class PortSign : public testing::TestWithParam<std::pair<int, int>> {};
+
+// 0xFF at the head of a read looks like end of file; it is not lost. Holds for unsigned char too.
+TEST_P(PortSign, extendsWhatUnderflowGives) {
+  cPtyPair cable;
+  cPort port(cable.getPath(), tSetting());
+  cable.send(std::string(1, static_cast<char>(GetParam().first)));
+  EXPECT_EQ(port.sgetc(), GetParam().second);
+  EXPECT_EQ(port.underflow(), GetParam().second);
+  EXPECT_EQ(port.sbumpc(), GetParam().first);
+}
+
+INSTANTIATE_TEST_SUITE_P(Port, PortSign,
+                         testing::Values(std::pair(0x7F, 127), std::pair(0x80, -128),
+                                         std::pair(0xFE, -2), std::pair(0xFF, -1),
+                                         std::pair(0x00, 0)));
+
+TEST(PortReading, waitsForItsTimeOut) {
+  cPtyPair cable;
+  cPort port(cable.getPath(), tSetting());
+  port.readTimeout = 60;
+  EXPECT_GE(measure([&] { EXPECT_EQ(port.sgetc(), END); }), 60);
+  EXPECT_FALSE(port.isDeadEnd());
+  cable.send("x");
+  EXPECT_TRUE(port.isAvailable());
+  EXPECT_EQ(port.sbumpc(), 'x');
+  port.readTimeout = 0;
+  EXPECT_EQ(port.sgetc(), END);
+  EXPECT_TRUE(port.isDeadEnd()) << "reading again at once would spin";
+}
+
+TEST(PortReading, endsAtOnceWhenInterruptedOrHungUp) {
+  cPtyPair cable;
+  cPort port(cable.getPath(), tSetting());
+  port.readTimeout = 60000;
+  port.interruptReads(true);
+  EXPECT_EQ(port.sgetc(), END);
+  port.interruptReads(false);
+  cable.send("old");
+  ASSERT_TRUE(cable.waitUntilWaiting(3));
+  EXPECT_EQ(port.sbumpc(), 'o');
+  port.discardInput();
+  cable.send("n");
+  EXPECT_EQ(port.sbumpc(), 'n');
+  EXPECT_FALSE(port.isDeadEnd());
+  cable.hangUp();
+  EXPECT_EQ(port.sgetc(), END);
+  EXPECT_TRUE(port.isDeadEnd());
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(port.sputn("x", 1), -1);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "basic_portbuf::write: Input/output error\n");
+}
+
+TEST(PortWriting, goesStraightThroughAsBytes) {
+  cPtyPair cable;
+  cPort port(cable.getPath(), tSetting());
+  EXPECT_EQ(port.sputn("a\nb\0c\r", 6), 6);
+  EXPECT_EQ(port.sputc('\xE4'), 0xE4);
+  EXPECT_EQ(port.overflow(0x141), 0x141);
+  EXPECT_EQ(cable.receive(8), std::string("a\nb\0c\r\xE4"
+                                          "A",
+                                          8));
+}
+
+std::atomic<int> signalsHandled{0};
+
+// Would catch a read that a host's signal handler ends early.
+TEST(PortReading, goesOnAfterASignal) {
+  struct sigaction counting = {};  // no SA_RESTART
+  counting.sa_handler = [](int) { ++signalsHandled; };
+  sigaction(SIGUSR1, &counting, nullptr);
+  cPtyPair cable;
+  cPort port(cable.getPath(), tSetting());
+  port.readTimeout = 60000;
+  int got = 0;
+  std::thread reader([&] { got = port.sgetc(); });
+  const int before = syscalls::polls;
+  for (int interrupted = 1; interrupted <= 3; ++interrupted) {
+    while (syscalls::polls <= before + interrupted) {
+      pthread_kill(reader.native_handle(), SIGUSR1);
+      usleep(1000);
+    }
+  }
+  cable.send("x");
+  reader.join();
+  EXPECT_EQ(got, 'x');
+  EXPECT_GE(signalsHandled, 3);
+}
+
+}  // namespace
