@@ -1,0 +1,47 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "tests/tools/cProgram.h"
+#include "tests/tools/cTempFolder.h"
+
+namespace fs = std::filesystem;
+
+TEST(ProgramSimTest, KeepsALinkThatOtherProgramsUse) {
+  const cTempFolder folder;
+  const std::string link = folder / "sensor";
+  fs::create_symlink("/dev/pts/left-by-a-crash", link);
+  cProgram sim({"sim", "--model", "middle", "--link", link});
+  const std::string path = sim.readLine();  // fails when the line is kept in a buffer
+  EXPECT_EQ(fs::read_symlink(link), path);
+
+  const cResult info = runProgram({"info", link, "--json"});
+  ASSERT_EQ(info.status, 0) << info.errors;
+  EXPECT_EQ(nlohmann::json::parse(info.output)["last_step"], 768);
+
+  sim.signal(SIGTERM);
+  EXPECT_EQ(sim.wait(), 0) << sim.getErrors();
+  EXPECT_FALSE(fs::exists(fs::symlink_status(link)));
+}
+
+TEST(ProgramSimTest, LeavesAFileInThePlaceOfTheLinkAlone) {
+  const cTempFolder folder;
+  const std::string file = folder / "precious";
+  std::ofstream(file) << "data";
+  EXPECT_EQ(runProgram({"sim", "--link", file}).status, 1);
+  EXPECT_EQ(readFile(file), "data");
+}
+
+TEST(ProgramSimTest, SeedMakesTheScans) {
+  const auto distances = [](const char* seed) {
+    cProgram sim({"sim", "--seed", seed, "--rate", "50"});
+    const cResult result = runProgram({"scan", sim.readLine(), "--format", "json"});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    sim.signal(SIGINT);
+    EXPECT_EQ(sim.wait(), 0);
+    return nlohmann::json::parse(result.output)["distances"];
+  };
+  EXPECT_NE(distances("7"), distances("8"));
+}
