@@ -1,5 +1,6 @@
 #include "tarvolink/base/cBSync.h"
 
+#include <algorithm>
 #include <boost/chrono.hpp>
 #include <boost/thread/thread.hpp>
 
@@ -30,7 +31,9 @@ void cBSync::wait_and_reset() {
 }
 
 bool cBSync::wait_and_reset(int timeout) {
-  const auto deadline = boost::chrono::steady_clock::now() + boost::chrono::milliseconds(timeout);
+  // A deadline before the clock's zero is one that pthread_cond_timedwait refuses.
+  const boost::chrono::milliseconds limit(std::max(timeout, 0));
+  const auto deadline = boost::chrono::steady_clock::now() + limit;
   boost::this_thread::disable_interruption uninterrupted;
   boost::mutex::scoped_lock lock(mutex);
   while (!signalled) {

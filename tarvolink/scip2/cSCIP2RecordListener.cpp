@@ -1,5 +1,6 @@
 #include "tarvolink/scip2/cSCIP2RecordListener.h"
 
+#include <algorithm>
 #include <boost/chrono.hpp>
 
 #include "tarvolink/scip/decimal.h"
@@ -44,7 +45,7 @@ bool cSCIP2RecordListener::answers(const cSCIPRecord& record) const {
 }
 
 boost::shared_ptr<cSCIPRecord> cSCIP2RecordListener::waitRecord(int timeout) {
-  const auto deadline = steady_clock::now() + boost::chrono::milliseconds(timeout);
+  const auto deadline = steady_clock::now() + boost::chrono::milliseconds(std::max(timeout, 0));
   for (;;) {
     if (boost::shared_ptr<cSCIPRecord> record = take()) return record;
     const int remaining = millisecondsUntil(deadline);

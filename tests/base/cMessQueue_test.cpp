@@ -1,0 +1,61 @@
+#include "tarvolink/base/cMessQueue.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+namespace {
+
+using tQueue = kavTBX::cMessQueue<int>;
+
+/// What the one worker does.
+int take(tQueue& queue) {
+  boost::mutex::scoped_lock lock(queue.mutex);
+  while (queue.queue.empty()) queue.cond.wait(lock);
+  const int item = queue.queue.front();
+  queue.queue.pop_front();
+  return item;
+}
+
+// Would catch a lost or reordered request, and a taker that misses a wake-up and sleeps on.
+TEST(MessQueue, keepsTheOrderOfEachPoster) {
+  constexpr int POSTERS = 4;
+  constexpr int ITEMS = 1000;
+  tQueue queue;
+  std::vector<std::thread> posters;
+  for (int poster = 0; poster < POSTERS; ++poster) {
+    posters.emplace_back([&queue, poster] {
+      for (int i = 0; i < ITEMS; ++i) queue.post(poster * ITEMS + i);
+    });
+  }
+  std::vector<int> next(POSTERS, 0);
+  for (int i = 0; i < POSTERS * ITEMS; ++i) {
+    const int item = take(queue);
+    EXPECT_EQ(item % ITEMS, next[static_cast<std::size_t>(item / ITEMS)]++);
+  }
+  for (auto& poster : posters) poster.join();
+  EXPECT_TRUE(queue.queue.empty());
+}
+
+TEST(MessQueue, closedGivesWhatIsLeftAndTakesNoMore) {
+  tQueue queue;
+  EXPECT_TRUE(queue.postIfOpen(1));
+  queue.post(2);
+  std::vector<int> left;
+  queue.close([&left](int item) { left.push_back(item); });
+  EXPECT_EQ(left, (std::vector<int>{1, 2}));
+  EXPECT_FALSE(queue.postIfOpen(3));
+  EXPECT_TRUE(queue.queue.empty());
+}
+
+TEST(MessQueue, dropsWhatIsLeftInItUntouched) {
+  int request = 7;
+  {
+    kavTBX::cMessQueue<int*> queue;
+    queue.post(&request);
+  }
+  EXPECT_EQ(request, 7);
+}
+
+}  // namespace

@@ -1,0 +1,162 @@
+#include "tarvolink/base/cThread.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+
+#include "tarvolink/base/cBSync.h"
+
+namespace {
+
+constexpr int PATIENCE = 8000;  // milliseconds
+
+/// A worker whose hooks count their calls and do what a test tells them.
+class cWorker : public kavTBX::cThread {
+ public:
+  ~cWorker() override { finalize(); }
+
+  std::atomic<int> inits{0};
+  std::atomic<int> passes{0};
+  std::atomic<int> requests{0};
+  kavTBX::cBSync passed;    // raised by every pass
+  kavTBX::cBSync released;  // what each pass waits for
+  std::function<void()> init = [] {};
+  std::function<void()> work = [this] { released.wait_and_reset(); };
+
+  using kavTBX::cThread::isFinishing;
+  using kavTBX::cThread::wasStarted;
+
+ protected:
+  void threadInit() override {
+    init();
+    ++inits;
+  }
+  void threadFunc() override {
+    ++passes;
+    passed.unblock();
+    work();
+  }
+  void threadFinReq() override {
+    ++requests;
+    released.unblock();
+  }
+};
+
+// Would catch a second worker on the same queue, and a caller that talks to one not ready.
+TEST(Thread, runsOneWorkerAndReturnsOnceItIsReady) {
+  cWorker worker;
+  worker.init = [] { kavTBX::cBSync().wait_and_reset(50); };
+  EXPECT_FALSE(worker.wasStarted());
+  worker.run();
+  EXPECT_EQ(worker.inits, 1);
+  worker.run();
+  EXPECT_TRUE(worker.wasStarted());
+  for (int pass = 1; pass <= 3; ++pass) {
+    ASSERT_TRUE(worker.passed.wait_and_reset(PATIENCE));
+    EXPECT_EQ(worker.passes, pass) << "called again whenever it returns";
+    worker.released.unblock();
+  }
+  ASSERT_TRUE(worker.passed.wait_and_reset(PATIENCE));
+  worker.finalize();
+  EXPECT_EQ(worker.inits, 1);
+  EXPECT_EQ(worker.requests, 1);
+  EXPECT_EQ(worker.passes, 4);
+}
+
+TEST(Thread, finalizeReturnsAtOnceWithoutAWorkerAndRunThenDoesNothing) {
+  cWorker worker;
+  worker.finalize();
+  worker.finalize();
+  worker.run();
+  EXPECT_FALSE(worker.wasStarted());
+  EXPECT_EQ(worker.inits, 0);
+}
+
+TEST(Thread, finalizeReturnsAtOnceAfterTheWorkerEnded) {
+  cWorker worker;
+  worker.run();
+  worker.finalize();
+  worker.finalize();
+  worker.run();
+  EXPECT_EQ(worker.inits, 1);
+  EXPECT_LE(worker.passes, 1);
+}
+
+// Would catch a host that is ended by std::terminate, or waits for ever in run.
+TEST(Thread, anExceptionEndsTheWorkerOnly) {
+  cWorker inInit;
+  inInit.init = [] { throw std::runtime_error("init"); };
+  inInit.run();
+  EXPECT_EQ(inInit.passes, 0);
+  EXPECT_TRUE(inInit.isFinishing());
+  cWorker inWork;
+  inWork.work = [] { throw 1; };
+  inWork.run();
+  ASSERT_TRUE(inWork.passed.wait_and_reset(PATIENCE));
+  inWork.finalize();
+  EXPECT_EQ(inWork.passes, 1);
+}
+
+// Would catch a host's signal handler running in the worker, or SIGINT never reaching the host.
+TEST(Thread, blocksSignalsInTheWorkerOnly) {
+  sigset_t before, during, after;
+  pthread_sigmask(SIG_SETMASK, nullptr, &before);
+  cWorker worker;
+  worker.init = [&during] { pthread_sigmask(SIG_SETMASK, nullptr, &during); };
+  worker.run();
+  pthread_sigmask(SIG_SETMASK, nullptr, &after);
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGALRM, SIGCHLD}) {
+    EXPECT_EQ(sigismember(&during, number), 1);
+    EXPECT_EQ(sigismember(&before, number), sigismember(&after, number));
+  }
+}
+
+TEST(Thread, runAndFinalizeAreNotLeftByAnInterruptedThread) {
+  cWorker worker;
+  worker.init = [] { kavTBX::cBSync().wait_and_reset(20); };
+  kavTBX::cBSync start;
+  int seen = -1;
+  boost::thread host([&] {
+    start.wait();
+    worker.run();
+    seen = worker.inits;
+    worker.finalize();
+  });
+  host.interrupt();
+  start.unblock();
+  host.join();
+  EXPECT_EQ(seen, 1);
+}
+
+/// Ends by itself, and its class stops nothing.
+class cUnstopped : public kavTBX::cThread {
+ public:
+  explicit cUnstopped(std::atomic<bool>& givenEnd) : end(givenEnd) {}
+
+ protected:
+  void threadInit() override {}
+  void threadFunc() override {
+    kavTBX::cBSync().wait_and_reset(50);
+    setFinishing();
+    end = true;
+  }
+  void threadFinReq() override {}
+
+ private:
+  std::atomic<bool>& end;
+};
+
+TEST(Thread, isJoinedByItsDestructor) {
+  std::atomic<bool> hasEnded{false};
+  {
+    cUnstopped thread(hasEnded);
+    thread.run();
+  }
+  EXPECT_TRUE(hasEnded);
+}
+
+}  // namespace
