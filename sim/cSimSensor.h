@@ -30,8 +30,8 @@ struct cSimCounters {
 class cSimSensor {
  public:
   /// Opens a pty (raw, no echo) and begins to listen. Throws std::system_error when no pty is to
-  /// be had, the line speed or rate is impossible, or the link cannot be made; nothing is left
-  /// behind then.
+  /// be had, the line speed, rate or left command is impossible, or the link cannot be made;
+  /// nothing is left behind then.
   explicit cSimSensor(const cSimSetting& setting);
   ~cSimSensor();
   cSimSensor(const cSimSensor&) = delete;

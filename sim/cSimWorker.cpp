@@ -60,6 +60,9 @@ cSimWorker::cSimWorker(const cSimSetting& sensorSetting, const cSimModel& sensor
       outbox(sensorFaults),
       turns(cSimTurn::cClock::now(), rateOf(setting, sensorModel)),
       speed(setting.speed) {
+  const bool scans = setting.scanningAtStart && setting.dialect != eSimDialect::SCIP1;
+  if (scans && protocol.getTask() == nullptr)
+    throwSimError("\"" + setting.leftCommand + "\" is no MD or MS that this model takes", EINVAL);
   outbox.setSpeed(setting.paced ? setting.speed : 0);
   thread = startThread([this] { run(); });
 }
@@ -151,10 +154,11 @@ void cSimWorker::hear(cMoment now) {
 }
 
 cSimMoment cSimWorker::momentAt(cMoment now) const {
+  const std::uint32_t ended = getTurn(now);
   cSimMoment moment;
   moment.stamp = setting.paced ? turns.stampAt(now) : turns.stampOf(turn);
-  moment.nextScan = getTurn(now) + 1;
-  moment.lastScan = setting.paced ? getTurn(now) : moment.nextScan;
+  moment.nextScan = std::max(ended, turn) + 1;
+  moment.lastScan = setting.paced ? ended : moment.nextScan;
   moment.lastStamp = turns.stampOf(moment.lastScan);
   moment.nextStamp = turns.stampOf(moment.nextScan);
   return moment;
@@ -168,7 +172,7 @@ void cSimWorker::answer(const cSimCommand& command, cMoment now) {
   cSimRecord record = protocol.answer(command, momentAt(now));
   if (record.newRate) turns.setRate(*record.newRate, now);
   if (record.starts) nextScan = getTurn(now) + 1;
-  if (record.scan && !setting.paced) turn = *record.scan;
+  if (record.scan) turn = *record.scan;
   if (!record.bytes.empty()) send(std::move(record), now);
 }
 

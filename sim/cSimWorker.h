@@ -67,7 +67,7 @@ class cSimWorker {
   cSimDamage damage;
   cSimOutbox outbox;
   cSimTurn turns;
-  std::uint32_t turn = 0;      ///< the newest turn, where the reader sets the pace
+  std::uint32_t turn = 0;      ///< the turn whose scan an answer took, or went out unpaced
   std::uint32_t nextScan = 0;  ///< the turn whose scan a running task sends next; 0: none runs
   cMoment quietUntil;          ///< no unpaced scan before: the last one was kept back by a fault
   bool blocked = false;        ///< the pty has no room

@@ -22,10 +22,6 @@ speed_t constantOf(int speed) {
       return B500000;
   }
 }
-
-bool endsWith(const std::string& text, const std::string& end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
 }  // namespace
 
 cRawHost::cRawHost(const std::string& path, int speed)
@@ -49,26 +45,32 @@ void cRawHost::write(const std::string& bytes) {
     throw std::runtime_error("the pty took less than was written");
 }
 
-bool cRawHost::readByte() {
+bool cRawHost::readSome() {
   pollfd input = {fd, POLLIN, 0};
-  char byte;
-  if (poll(&input, 1, TIME_OUT) <= 0 || read(fd, &byte, 1) != 1) return false;
-  taken += byte;
-  return true;
+  char bytes[4096];
+  if (poll(&input, 1, TIME_OUT) <= 0) return false;
+  const ssize_t count = read(fd, bytes, sizeof bytes);
+  if (count > 0) arrived.append(bytes, static_cast<std::size_t>(count));
+  return count > 0;
+}
+
+std::string cRawHost::take(std::size_t count) {
+  const std::string bytes = arrived.substr(0, count);
+  arrived.erase(0, bytes.size());
+  return bytes;
 }
 
 std::string cRawHost::readUntil(const std::string& end) {
-  taken.clear();
-  while (!endsWith(taken, end) && readByte()) {
+  std::size_t place;
+  while ((place = arrived.find(end)) == std::string::npos && readSome()) {
   }
-  return taken;
+  return take(place == std::string::npos ? arrived.size() : place + end.size());
 }
 
 std::string cRawHost::readBytes(std::size_t count) {
-  taken.clear();
-  while (taken.size() < count && readByte()) {
+  while (arrived.size() < count && readSome()) {
   }
-  return taken;
+  return take(count);
 }
 
 std::string cRawHost::ask(const std::string& command) {
@@ -80,11 +82,16 @@ std::string cRawHost::readAll() {
   const std::string end = "QT;end\n00P\n\n";
   write("QT;end\n");
   const std::string all = readUntil(end);
-  return all.substr(0, all.size() - (endsWith(all, end) ? end.size() : 0));
+  return all.substr(0, all.find(end));
+}
+
+void cRawHost::flush() {
+  arrived.clear();
+  tcflush(fd, TCIFLUSH);
 }
 
 bool cRawHost::isHungUp() {
-  while (readByte()) {
+  while (readSome()) {
   }
   char byte;
   return read(fd, &byte, 1) <= 0;

@@ -16,7 +16,7 @@ class cRawHost {
 
   void setSpeed(int bitsPerSecond);
   void write(const std::string& bytes);
-  /// Reads until the bytes taken end with `end`; what was read if that does not come.
+  /// What arrives up to and with `end`; all that arrived if that does not come.
   std::string readUntil(const std::string& end);
   /// One record: up to its empty line.
   std::string readRecord() { return readUntil("\n\n"); }
@@ -25,14 +25,17 @@ class cRawHost {
   std::string ask(const std::string& command);
   /// All that was said before the answer to a QT sent now.
   std::string readAll();
-  /// What read says once nothing is left: 0 or -1 after a hang-up.
+  /// Throws away what has arrived and was not read (tcflush).
+  void flush();
+  /// Whether read says end-of-file or an error once nothing is left.
   bool isHungUp();
 
  private:
-  bool readByte();
+  bool readSome();
+  std::string take(std::size_t count);
 
   int fd;
-  std::string taken;
+  std::string arrived;  ///< read and not yet taken
 };
 
 /// How the tests check and decode, apart from the sensor's own code.

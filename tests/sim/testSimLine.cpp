@@ -69,21 +69,33 @@ TEST(SimLine, IsGarbageAtAnotherSpeed) {
 
 // Catches: a line speed that changes before the reply is out, or is kept by a reset.
 TEST(SimLine, ChangesItsSpeedAfterTheReply) {
-  cSimSensor sensor(at(19200, eSimGarbage::NO_LINES));
+  cSimSetting setting = at(19200, eSimGarbage::NO_LINES);
+  setting.dialect = eSimDialect::SCIP1_SWITCH;
+  cSimSensor sensor(setting);
   cRawHost host(sensor.getPath(), 19200);
-  for (const auto& [command, speed] : {std::pair("SS115200", 115200), std::pair("RS", 19200)}) {
-    EXPECT_EQ(host.ask(command), std::string(command) + "\n00P\n\n");
-    host.setSpeed(speed);
-    EXPECT_EQ(host.ask("QT"), "QT\n00P\n\n");
-    EXPECT_EQ(sensor.getSpeed(), speed);
+  struct cRow {
+    const char* command;
+    const char* status;
+    int speed;
+  };
+  for (const cRow& row : {cRow{"S1152001234567", "0", 115200}, cRow{"SCIP2.0", "0", 115200},
+                          cRow{"SS500000", "00P", 500000}, cRow{"RS", "00P", 19200}}) {
+    EXPECT_EQ(host.ask(row.command), std::string(row.command) + "\n" + row.status + "\n\n");
+    host.setSpeed(row.speed);
+    EXPECT_EQ(host.ask("XX").substr(0, 3), "XX\n");
+    EXPECT_EQ(sensor.getSpeed(), row.speed);
   }
 }
 
-// Catches: a speed or rate that is taken and cannot work.
+// Catches: a setting that is taken and cannot work.
 TEST(SimLine, RefusesImpossibleSettings) {
   EXPECT_THROW(cSimSensor(at(12345, eSimGarbage::LINES)), std::system_error);
   cSimSetting setting;
   setting.rate = -1;
+  EXPECT_THROW(cSimSensor{setting}, std::system_error);
+  setting.rate = 0;
+  setting.scanningAtStart = true;
+  setting.leftCommand = "GD0044072501";
   EXPECT_THROW(cSimSensor{setting}, std::system_error);
 }
 

@@ -81,13 +81,3 @@ TEST(SimScip1, SwitchesOver) {
   cRawHost host(sensor.getPath(), 19200);
   EXPECT_EQ(host.ask("QT"), "QT\n1\n\n");
 }
-
-// Catches: a line speed that changes before its answer is out, or never.
-TEST(SimScip1, LineSpeedChangesAfterTheAnswer) {
-  cSimSensor sensor(scip1());
-  cRawHost host(sensor.getPath(), 19200);
-  EXPECT_EQ(host.ask("S1152001234567"), "S1152001234567\n0\n\n");
-  host.setSpeed(115200);
-  EXPECT_EQ(host.ask("L0"), "L0\n0\n\n");
-  EXPECT_EQ(sensor.getSpeed(), 115200);
-}
