@@ -45,28 +45,31 @@ std::string noise(std::size_t count, cSimRandom& random) {
 
 std::size_t sizeOf(int value) { return static_cast<std::size_t>(std::max(value, 0)); }
 
-std::string garbage(std::string bytes, int value, cSimRandom& random) {
+std::string garbage(const std::string& bytes, int value, cSimRandom& random) {
   return noise(sizeOf(value), random) + bytes;
 }
 
-std::string forcedByte(std::string bytes, int value, cSimRandom& random) {
+std::string forcedByte(const std::string& whole, int value, cSimRandom& random) {
+  std::string bytes = whole;
   if (!bytes.empty()) bytes[random.below(bytes.size())] = static_cast<char>(value);
   return bytes;
 }
 
-std::string flippedBit(std::string bytes, int value, cSimRandom&) {
+std::string flippedBit(const std::string& whole, int value, cSimRandom&) {
+  std::string bytes = whole;
   if (bytes.empty()) return bytes;
   char& byte = bytes[sizeOf(value) / 8 % bytes.size()];
   byte = static_cast<char>(byte ^ (1 << (sizeOf(value) % 8)));
   return bytes;
 }
 
-std::string lostBytes(std::string bytes, int value, cSimRandom& random) {
+std::string lostBytes(const std::string& whole, int value, cSimRandom& random) {
+  std::string bytes = whole;
   const std::size_t count = std::min(sizeOf(value), bytes.size());
   return bytes.erase(random.below(bytes.size() - count + 1), count);
 }
 
-std::string wrongSum(std::string bytes, int value, cSimRandom&) {
+std::string wrongSum(const std::string& bytes, int value, cSimRandom&) {
   cLines lines = split(bytes);
   const auto line = lineAt(lines, value < 0 ? value : std::min(value, MOST) + 1);
   // The next letter of the sum's alphabet, 0x30 to 0x6F.
@@ -75,28 +78,29 @@ std::string wrongSum(std::string bytes, int value, cSimRandom&) {
   return joined(lines);
 }
 
-std::string cutShort(std::string bytes, int value, cSimRandom&) {
+std::string cutShort(const std::string& bytes, int value, cSimRandom&) {
   return bytes.substr(0, value > 0 ? sizeOf(value) : bytes.size() / 2);
 }
 
-std::string lostLineFeed(std::string bytes, int value, cSimRandom&) {
+std::string lostLineFeed(const std::string& whole, int value, cSimRandom&) {
+  std::string bytes = whole;
   std::size_t place = bytes.find('\n');
   for (int i = 0; i < value && place != std::string::npos; ++i) place = bytes.find('\n', place + 1);
   return place == std::string::npos ? bytes : bytes.erase(place, 1);
 }
 
-std::string lostLine(std::string bytes, int value, cSimRandom&) {
+std::string lostLine(const std::string& bytes, int value, cSimRandom&) {
   cLines lines = split(bytes);
   const auto line = lineAt(lines, value);
   if (line != lines.end()) lines.erase(line);
   return joined(lines);
 }
 
-std::string lostEnd(std::string bytes, int, cSimRandom&) {
+std::string lostEnd(const std::string& bytes, int, cSimRandom&) {
   return bytes.substr(0, bytes.size() - 1);
 }
 
-std::string doubledLine(std::string bytes, int value, cSimRandom&) {
+std::string doubledLine(const std::string& bytes, int value, cSimRandom&) {
   cLines lines = split(bytes);
   const auto line = lineAt(lines, value);
   if (line != lines.end()) {
@@ -106,7 +110,7 @@ std::string doubledLine(std::string bytes, int value, cSimRandom&) {
   return joined(lines);
 }
 
-std::string swappedLines(std::string bytes, int value, cSimRandom&) {
+std::string swappedLines(const std::string& bytes, int value, cSimRandom&) {
   cLines lines = split(bytes);
   const auto line = lineAt(lines, value);
   if (line != lines.end() && line + 1 != lines.end()) line->swap(*(line + 1));
@@ -120,15 +124,17 @@ std::string withStatus(const std::string& bytes, const std::string& status) {
   return joined(lines);
 }
 
-std::string emptyStatus(std::string bytes, int, cSimRandom&) { return withStatus(bytes, ""); }
+std::string emptyStatus(const std::string& bytes, int, cSimRandom&) {
+  return withStatus(bytes, "");
+}
 
-std::string crLf(std::string bytes, int, cSimRandom&) {
+std::string crLf(const std::string& bytes, int, cSimRandom&) {
   std::string text;
   for (char c : bytes) text += c == '\n' ? std::string("\r\n") : std::string(1, c);
   return text;
 }
 
-std::string otherStatus(std::string bytes, int value, cSimRandom&) {
+std::string otherStatus(const std::string& bytes, int value, cSimRandom&) {
   const bool packed = value > 99;
   const char two[] = {static_cast<char>(packed ? value / 256 : '0' + value / 10),
                       static_cast<char>(packed ? value % 256 : '0' + value % 10)};
@@ -139,12 +145,13 @@ std::string otherStatus(std::string bytes, int value, cSimRandom&) {
   return withStatus(bytes, status + cSimCode::sum(status));
 }
 
-std::string otherEcho(std::string bytes, int, cSimRandom&) {
+std::string otherEcho(const std::string& whole, int, cSimRandom&) {
+  std::string bytes = whole;
   const std::size_t echo = std::min(bytes.find('\n'), bytes.size());
   return bytes.replace(0, std::min<std::size_t>(echo, 2), "XX");
 }
 
-std::string otherTag(std::string bytes, int value, cSimRandom&) {
+std::string otherTag(const std::string& bytes, int value, cSimRandom&) {
   cLines lines = split(bytes);
   const std::size_t tag = lines.empty() ? std::string::npos : lines[0].find(';');
   if (tag == std::string::npos) return bytes;
@@ -154,7 +161,7 @@ std::string otherTag(std::string bytes, int value, cSimRandom&) {
 }
 
 /// Works on any record whose data begin after echo, status and, in SCIP 2.0, the time.
-std::string wrongCount(std::string bytes, int value, cSimRandom&) {
+std::string wrongCount(const std::string& bytes, int value, cSimRandom&) {
   cLines lines = split(bytes);
   const bool sums = lines.size() > 1 && lines[1].size() == 3;
   const std::size_t head = sums ? 3 : 2;
@@ -169,7 +176,7 @@ std::string wrongCount(std::string bytes, int value, cSimRandom&) {
   return joined(lines) + cSimCode::lines(data, sums) + '\n';
 }
 
-std::string unsolicited(std::string bytes, int value, cSimRandom& random) {
+std::string unsolicited(const std::string& bytes, int value, cSimRandom& random) {
   const auto clock = static_cast<unsigned>(random.below(1 << 24));
   const std::string echo = "MD0000000101000;" + std::to_string(value) + "\n";
   const std::string data = cSimCode::summed(cSimCode::numbers({1000, 2000}, 3));
@@ -177,11 +184,11 @@ std::string unsolicited(std::string bytes, int value, cSimRandom& random) {
          "\n" + bytes;
 }
 
-std::string endlessLine(std::string, int value, cSimRandom&) {
+std::string endlessLine(const std::string&, int value, cSimRandom&) {
   return std::string(sizeOf(value), 'o');
 }
 
-std::string endlessBody(std::string bytes, int value, cSimRandom&) {
+std::string endlessBody(const std::string& bytes, int value, cSimRandom&) {
   const std::string line = cSimCode::summed(std::string(cSimCode::LINE, 'o'));
   cLines lines = split(bytes);
   lines.resize(std::min<std::size_t>(lines.size(), 2));
@@ -193,7 +200,7 @@ std::string endlessBody(std::string bytes, int value, cSimRandom&) {
 
 struct cDamage {
   eSimFault fault;
-  std::string (*make)(std::string bytes, int value, cSimRandom& random);
+  std::string (*make)(const std::string& bytes, int value, cSimRandom& random);
 };
 
 using F = eSimFault;
