@@ -15,6 +15,7 @@ struct cDialogue {
   const char* exchanges;
 };
 
+void PrintTo(const cDialogue& dialogue, std::ostream* out) { *out << dialogue.exchanges; }
 std::string nameOf(const testing::TestParamInfo<cDialogue>& info) { return info.param.name; }
 
 constexpr auto SHORT = eSimModel::SHORT_RANGE;
