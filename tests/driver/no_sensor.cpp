@@ -1,0 +1,25 @@
+#include <gtest/gtest.h>
+
+#include "tests/driver/support.h"
+
+// Would catch: detections too many or too few, a probe left over, messages that moved.
+TEST(cSensorDriverManager, SaysSoWhenNoSensorAnswers) {
+  cSimSensor mute{cSimSetting()};
+  mute.setFault(eSimFault::STALL);
+  const int threads = countThreads();
+  tDriver driver;
+
+  const cOutput output = outputOf([&] { driver = cSensorDriverManager::create(mute.getPath()); });
+
+  EXPECT_FALSE(driver);
+  EXPECT_EQ(output.out, "Failed all 19200/57600/115200/500000bps. (even tried 3times for each)\n[" +
+                            mute.getPath() + "]\n");
+  EXPECT_EQ(output.err, "cSensorDriver::Could not activate driver\n");
+  std::vector<std::string> asked;
+  for (int detection = 0; detection < 13; ++detection) {
+    asked.insert(asked.end(), {"VV;1", "TM2;2", "V"});
+  }
+  EXPECT_EQ(mute.getCommands(), asked);
+  EXPECT_EQ(countOpen(mute.getPath()), 1) << "but the sensor's own";
+  EXPECT_TRUE(eventually([&] { return countThreads() == threads; }));
+}
