@@ -3,6 +3,13 @@
 #include "tarvolink/scip/cSCIPError.h"
 #include "tarvolink/scip/cTarvoLink.h"
 
+namespace {
+
+// A scan of the largest sensor fits; growing to it step by step copies it twice.
+constexpr std::size_t BODY_RESERVE = 3584;
+
+}  // namespace
+
 bool cSCIPRecordReader::read(cSCIPRecord& record) {
   record.error = 0;
   record.echo.clear();
@@ -25,6 +32,7 @@ bool cSCIPRecordReader::readEcho(cSCIPRecord& record) {
 }
 
 bool cSCIPRecordReader::readBody(cSCIPRecord& record) {
+  record.body.reserve(BODY_RESERVE);
   for (;;) {
     if (!readLine()) return false;
     if (line.empty()) return true;

@@ -4,8 +4,11 @@
 #include <boost/chrono.hpp>
 #include <boost/make_shared.hpp>
 #include <limits>
+#include <stdexcept>
+#include <string_view>
 
 #include "tarvolink/scip/cSCIPError.h"
+#include "tarvolink/scip2/checkedLine.h"
 
 namespace {
 
@@ -145,13 +148,11 @@ void cSCIP2Comm::releaseLink() { link.reset(); }
 
 bool cSCIP2Comm::validateLine(std::string& line, bool hasSemicolon) {
   if (!line.empty() && line.back() == '\n') line.pop_back();
-  const char sum = line.at(line.size() - 1);
-  if (line.size() < 3) return false;
-  line.pop_back();
-  if (hasSemicolon && line.back() == ';') line.pop_back();
-  unsigned total = 0;
-  for (const char c : line) total += static_cast<unsigned>(static_cast<signed char>(c));
-  return static_cast<signed char>((total & 0x3F) + 0x30) == static_cast<signed char>(sum);
+  if (line.empty()) throw std::out_of_range("cSCIP2Comm::validateLine: an empty line has no sum");
+  std::string_view summed = line;
+  const bool isValid = takeSum(summed, hasSemicolon);
+  line.resize(summed.size());
+  return isValid;
 }
 
 // --- worker ----------------------------------------------------------------------------

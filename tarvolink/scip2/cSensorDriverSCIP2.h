@@ -124,7 +124,7 @@ class TARVOLINK_API cSensorDriverSCIP2 : public cSensorDriver,
   void setAngles(int firstStep, int lastStep, int clusterCount);
   void logScanParameters();
   bool acceptStart(cSCIPRecord& acknowledgement);
-  boost::shared_ptr<cScan> makeScan(const std::vector<int>& distances);
+  boost::shared_ptr<cScan> makeScan(std::vector<int> distances);
   boost::shared_ptr<cSCIP2RecordListener> getScanListener();
 
   cScanFactory scanFactory;  // under scanMutex

@@ -4,11 +4,13 @@
 #include <cstdio>
 #include <iostream>
 #include <limits>
-#include <sstream>
+#include <string_view>
+#include <utility>
 
 #include "tarvolink/scip/cSCIPError.h"
 #include "tarvolink/scip2/cSCIP2Claim.h"
 #include "tarvolink/scip2/cSensorDriverSCIP2.h"
+#include "tarvolink/scip2/checkedLine.h"
 
 namespace {
 
@@ -172,27 +174,30 @@ bool cSensorDriverSCIP2::tryRecordToScan() {
 }
 
 bool cSensorDriverSCIP2::pushScanRecord(boost::shared_ptr<cSCIPRecord> record) {
-  std::istringstream lines(record->body);
-  std::string line;
-  if (!std::getline(lines, line)) return true;
-  if (!cSCIP2Comm::validateLine(line, false)) return false;
-  decode6bit(line, 4).at(0);  // the sensor's clock; refused when it is none, else unused
-  std::string data;
-  while (std::getline(lines, line)) {
-    if (!cSCIP2Comm::validateLine(line, false)) return false;
-    data += line;  // a reading may run across a line break
+  std::string_view body = record->body;
+  std::string_view line;
+  if (!takeLine(body, line)) return true;
+  if (!takeSum(line, false)) return false;
+  decode6bit(std::string(line), 4).at(0);  // the sensor's clock; refused if it is none, else unused
+  std::string data(body.size(), '\0');
+  auto end = data.begin();
+  while (takeLine(body, line)) {
+    if (!takeSum(line, false)) return false;
+    end = std::copy(line.begin(), line.end(), end);  // a reading may run across a line break
   }
+  data.erase(end, data.end());
   if (data.empty()) return true;
   const bool isThreeCharacters = record->echo.size() > 1 && record->echo[1] == 'D';
-  const boost::shared_ptr<cScan> scan = makeScan(decode6bit(data, isThreeCharacters ? 3 : 2));
+  const boost::shared_ptr<cScan> scan =
+      makeScan(decode6bit(std::move(data), isThreeCharacters ? 3 : 2));
   scan->timeStamp = kavTBX::cTime(record->time);
   lockable::append(*scans, scan);
   return true;
 }
 
-boost::shared_ptr<cScan> cSensorDriverSCIP2::makeScan(const std::vector<int>& distances) {
+boost::shared_ptr<cScan> cSensorDriverSCIP2::makeScan(std::vector<int> distances) {
   boost::mutex::scoped_lock guard(scanMutex);
   scanFactory.scan.reset(new cScan(firstAngle, lastAngle, angleStep));
-  scanFactory.addData(distances);
+  scanFactory.addData(std::move(distances));
   return scanFactory.scan;
 }
