@@ -39,6 +39,7 @@ void cSCIP2Comm::threadFunc() {
 }
 
 void cSCIP2Comm::threadFinReq() {
+  setFinishing();  // a later run must not start a thread that nothing could wake
   if (!wasStarted()) closeQueue();
   interruptReads(true);
   cReqType stop;

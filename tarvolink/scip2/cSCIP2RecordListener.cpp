@@ -23,7 +23,8 @@ void cSCIP2RecordListener::resetResponse(std::string newCommand, int newTag, int
   tag = newTag;
   count = newCount;
   muted = false;
-  arrived.reset();
+  // Not from under a waiter that has yet to wake for a record that is there.
+  if (records.empty()) arrived.reset();
 }
 
 bool cSCIP2RecordListener::push(boost::shared_ptr<cSCIPRecord> record) {

@@ -1,0 +1,150 @@
+#include "tarvolink/scip2/cSCIP2RecordListener.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "tests/scip2/cRig.h"
+#include "tests/support/cCaseName.h"
+
+namespace {
+
+boost::shared_ptr<cSCIPRecord> makeRecord(const std::string& echo) {
+  boost::shared_ptr<cSCIPRecord> record(new cSCIPRecord);
+  record->echo = echo;
+  return record;
+}
+
+struct cEcho {
+  const char* name;
+  const char* echo;
+  const char* command;
+  bool isTaken;
+};
+
+class ListenerMatch : public testing::TestWithParam<cEcho> {};
+
+TEST_P(ListenerMatch, goesByTagOrElseByTwoLetters) {
+  cSCIP2RecordListener listener;
+  listener.resetResponse(GetParam().command, 7, 1);
+  EXPECT_EQ(listener.push(makeRecord(GetParam().echo)), GetParam().isTaken);
+  EXPECT_EQ(listener.hasRecords(), GetParam().isTaken);
+  EXPECT_EQ(listener.isComplete(), GetParam().isTaken);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Listener, ListenerMatch,
+    testing::Values(cEcho{"own", "BM;7", "BM", true}, cEcho{"other", "BM;8", "BM", false},
+                    cEcho{"tagAlone", ";7", "BM", true}, cEcho{"otherLetters", "QT;7", "BM", true},
+                    cEcho{"blankBefore", "BM; 7", "BM", true},
+                    cEcho{"textBehind", "BM;7x", "BM", true},
+                    cEcho{"secondSemicolon", "BM;host;7", "BM", false},
+                    cEcho{"hugeTag", "BM;4294967303", "BM", false},
+                    cEcho{"noNumber", "BM;", "BM", false}, cEcho{"untagged", "BM", "BM", true},
+                    cEcho{"longer", "MD0044072501000", "MD0000", true},
+                    cEcho{"otherUntagged", "QT", "BM", false}, cEcho{"shorter", "B", "BM", false},
+                    cEcho{"bothShort", "V", "V", true}, cEcho{"empty", "", "BM", false}),
+    cCaseName());
+
+struct cCount {
+  const char* name;
+  int count;
+  int completes;  // with which record; 0 never
+};
+
+class ListenerCount : public testing::TestWithParam<cCount> {};
+
+TEST_P(ListenerCount, completesWithTheLastOneExpected) {
+  cSCIP2RecordListener listener;
+  listener.resetResponse("MD", 1, GetParam().count);
+  for (int record = 1; record <= 3; ++record) {
+    ASSERT_TRUE(listener.push(makeRecord("MD;1")));
+    if (GetParam().completes == record) {
+      EXPECT_TRUE(listener.isComplete());
+      return;
+    }
+    EXPECT_FALSE(listener.isComplete());
+  }
+  EXPECT_EQ(GetParam().completes, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Listener, ListenerCount,
+                         testing::Values(cCount{"one", 1, 1}, cCount{"three", 3, 3},
+                                         cCount{"none", 0, 1}, cCount{"endless", -1, 0}),
+                         cCaseName());
+
+// Would catch a wait that ends early, with nothing, for a signal that an earlier record left.
+TEST(Listener, waitsItsWholeTimeForARecord) {
+  cSCIP2RecordListener listener;
+  listener.resetResponse("MD", 1, -1);
+  listener.push(makeRecord("MD;1"));
+  EXPECT_TRUE(listener.waitRecord(0));
+  EXPECT_GE(measure([&] { EXPECT_FALSE(listener.waitRecord(60)); }), 60);
+  listener.push(makeRecord("MD0;1"));
+  listener.push(makeRecord("MD1;1"));
+  listener.resetResponse("QT", 2, 1);
+  EXPECT_EQ(echoOf(listener.waitRecord(PATIENCE)), "MD0;1") << "a reset keeps what is untaken";
+  EXPECT_EQ(echoOf(listener.waitRecord(std::numeric_limits<int>::min())), "MD1;1");
+  EXPECT_FALSE(listener.waitRecord(std::numeric_limits<int>::min()));
+  listener.push(makeRecord("QT;2"));
+  listener.empty();
+  EXPECT_FALSE(listener.hasRecords());
+}
+
+TEST(Listener, mutedKeepsNothingUntilItsNextRequest) {
+  cSCIP2RecordListener listener;
+  listener.resetResponse("MD", 1, 3);
+  listener.push(makeRecord("MD;1"));
+  listener.mute();
+  EXPECT_TRUE(listener.push(makeRecord("MD;1")));
+  EXPECT_TRUE(listener.push(makeRecord("MD;1")));
+  EXPECT_TRUE(listener.isComplete());
+  EXPECT_FALSE(listener.hasRecords());
+  listener.resetResponse("QT", 2, 1);
+  EXPECT_TRUE(listener.push(makeRecord("QT;2")));
+  EXPECT_TRUE(listener.hasRecords());
+}
+
+TEST(Listener, knowsALateAnswerByItsTag) {
+  cSCIP2RecordListener listener;
+  listener.resetResponse("QT", 2, 1);
+  EXPECT_TRUE(listener.isLateAnswer(*makeRecord("QT;1")));
+  EXPECT_FALSE(listener.isLateAnswer(*makeRecord("QT;2")));
+  EXPECT_FALSE(listener.isLateAnswer(*makeRecord("VV")));
+}
+
+// The signal is binary: would catch the second of two waiters sleeping on beside its record.
+TEST(Listener, wakesAWaiterForEachRecord) {
+  for (int round = 0; round < 100; ++round) {
+    cSCIP2RecordListener listener;
+    listener.resetResponse("MD", 1, -1);
+    std::thread waiters[2];
+    for (auto& waiter : waiters) {
+      waiter = std::thread([&] { EXPECT_TRUE(listener.waitRecord(PATIENCE)); });
+    }
+    const long elapsed = measure([&] {
+      listener.push(makeRecord("MD;1"));
+      listener.push(makeRecord("MD;1"));
+      for (auto& waiter : waiters) waiter.join();
+    });
+    ASSERT_LT(elapsed, PATIENCE);
+  }
+}
+
+// Would catch a waiter that sleeps on because its listener was reused before it woke.
+TEST(Listener, wakesAWaiterThoughItIsReusedMeanwhile) {
+  for (int round = 0; round < 20; ++round) {
+    cSCIP2RecordListener listener;
+    listener.resetResponse("VV", 1, 1);
+    std::thread waiter([&] { EXPECT_TRUE(listener.waitRecord(PATIENCE)); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));  // for the fault to show
+    const long elapsed = measure([&] {
+      listener.push(makeRecord("VV;1"));
+      listener.resetResponse("PP", 2, 1);
+      waiter.join();
+    });
+    ASSERT_LT(elapsed, PATIENCE);
+  }
+}
+
+}  // namespace
