@@ -185,10 +185,17 @@ TEST(ProgramScanTest, TakesOverWhatAnEarlierProgramLeftRunning) {
   first.signal(SIGKILL);
   EXPECT_EQ(first.wait(), -SIGKILL);
   ASSERT_TRUE(sensor.isScanning());
+  const auto heard = static_cast<std::ptrdiff_t>(sensor.getCommands().size());
 
   const cResult second = runProgram({"scan", sensor.getPath(), "-n", "5", "--format", "json"});
   ASSERT_EQ(second.status, 0) << second.errors;
   EXPECT_EQ(linesOf(second.output).size(), 5u);
   EXPECT_NE(second.errors.find(" 0 dropped"), std::string::npos) << second.errors;
   EXPECT_FALSE(sensor.isScanning());
+  const auto commands = sensor.getCommands();
+  const auto firstOf = [&](const std::string& command) {
+    return std::find_if(commands.begin() + heard, commands.end(),
+                        [&](const std::string& line) { return line.rfind(command, 0) == 0; });
+  };
+  EXPECT_LT(firstOf("QT"), firstOf("MD"));
 }
