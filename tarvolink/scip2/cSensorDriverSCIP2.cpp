@@ -105,6 +105,7 @@ int cSensorDriverSCIP2::updateStatus() { return readFields(*doRaw2("II", 1), {{"
 int cSensorDriverSCIP2::readFields(const cSCIPRecord& record,
                                    std::initializer_list<cField> fields) {
   if (hasFailed(record)) return -1;
+  boost::mutex::scoped_lock guard(scanMutex);
   std::istringstream lines(record.body);
   for (std::string line; std::getline(lines, line);) {
     if (!cSCIP2Comm::validateLine(line, true)) return -1;

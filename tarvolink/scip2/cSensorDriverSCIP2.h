@@ -14,7 +14,8 @@
 ///
 /// Any thread may call any operation; each blocks until its line is written (behind the
 /// record under way, if any) and then for its answer. Results are 0 for success and -1 for a
-/// refusal or no answer within 2 s, unless told otherwise.
+/// refusal or no answer within 2 s, unless told otherwise. Only the values of `iInfo` are to be
+/// read while no other thread fetches them.
 ///
 /// Records of a running scan wait until the caller asks for scans; they are turned into scans
 /// in the caller's thread, by `getScanNum`, `getScanFirst`, `getScanLast`, `waitScan(int)`
@@ -119,7 +120,7 @@ class TARVOLINK_API cSensorDriverSCIP2 : public cSensorDriver,
 
   static int toError(const std::string& status);
   static bool hasFailed(const cSCIPRecord& record);
-  static int readFields(const cSCIPRecord& record, std::initializer_list<cField> fields);
+  int readFields(const cSCIPRecord& record, std::initializer_list<cField> fields);
   int doControl(const char* command);
   void setAngles(int firstStep, int lastStep, int clusterCount);
   void logScanParameters();
@@ -134,5 +135,7 @@ class TARVOLINK_API cSensorDriverSCIP2 : public cSensorDriver,
   double firstAngle = 0;                                     // radians; under scanMutex
   double lastAngle = 0;
   double angleStep = 0;
-  boost::mutex scanMutex;  // taken before no other lock, never held while waiting
+  // Guards the fetched values too, which a start uses and another thread may fetch meanwhile.
+  // Taken before no other lock, never held while waiting.
+  boost::mutex scanMutex;
 };

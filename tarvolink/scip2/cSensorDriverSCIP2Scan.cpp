@@ -99,8 +99,8 @@ int cSensorDriverSCIP2::doScan(int start, int end, int cluster) {
 }
 
 void cSensorDriverSCIP2::setAngles(int firstStep, int lastStep, int clusterCount) {
-  const double resolution = FULL_TURN / getNumSpot();
   boost::mutex::scoped_lock guard(scanMutex);
+  const double resolution = FULL_TURN / getNumSpot();
   firstAngle = (static_cast<double>(firstStep) - getFrontSpot()) * resolution;
   lastAngle = (static_cast<double>(lastStep) - getFrontSpot()) * resolution;
   angleStep = clusterCount * resolution;
