@@ -30,14 +30,7 @@ const cModelCase MODELS[] = {
 
 class cModel : public testing::TestWithParam<cModelCase> {
  protected:
-  static cSimSetting unpaced(eSimModel model) {
-    cSimSetting setting;
-    setting.model = model;
-    setting.paced = false;
-    return setting;
-  }
-
-  cSimSensor sensor{unpaced(GetParam().model)};
+  cSimSensor sensor{quick(GetParam().model)};
   tDriver2 driver = openReady(sensor.getPath());
 };
 
@@ -68,12 +61,6 @@ INSTANTIATE_TEST_SUITE_P(Models, cModel, testing::ValuesIn(MODELS));
 
 class cScanning : public testing::Test {
  protected:
-  static cSimSetting unpaced() {
-    cSimSetting setting;
-    setting.paced = false;
-    return setting;
-  }
-
   /// `count` readings a scan, `scans` times (0: without end), in three characters.
   int start(int count, int scans) {
     return driver->startScan(100, 100 + count - 1, 1, 0, scans, 5600);
@@ -83,7 +70,7 @@ class cScanning : public testing::Test {
     return truth(sensor, index, 100, 100 + count - 1);
   }
 
-  cSimSensor sensor{unpaced()};
+  cSimSensor sensor{quick()};
   tDriver2 driver = openReady(sensor.getPath());
 };
 

@@ -8,13 +8,6 @@
 
 namespace {
 
-cSimSetting unpaced(eSimModel model = eSimModel::SHORT_RANGE) {
-  cSimSetting setting;
-  setting.model = model;
-  setting.paced = false;
-  return setting;
-}
-
 // --- a driver is destroyed, whatever it is in the middle of ------------------------------
 
 struct cState {
@@ -58,7 +51,7 @@ class cStopping : public testing::TestWithParam<cState> {};
 
 // Would catch: a destructor that waits for ever, a thread or a descriptor left behind.
 TEST_P(cStopping, LeavesNothingBehind) {
-  cSimSensor sensor(unpaced());
+  cSimSensor sensor(quick());
   const int threads = countThreads();
   const int open = countOpen(sensor.getPath());
   tDriver2 driver = openReady(sensor.getPath());
@@ -88,7 +81,7 @@ double processSeconds() {
 
 // Would catch: a worker that spins on a hung-up port, a device that cannot be opened again.
 TEST(cDriver, OutlivesThePulledCableAndTheNextOneScans) {
-  cSimSensor sensor(unpaced());
+  cSimSensor sensor(quick());
   tDriver2 driver = openReady(sensor.getPath());
   scanEndlessly(sensor, *driver);
   sensor.unplug();
@@ -107,8 +100,8 @@ TEST(cDriver, OutlivesThePulledCableAndTheNextOneScans) {
 // --- more than one -----------------------------------------------------------------------
 
 TEST(cDriver, TwoSensorsInOneProcessKeepTheirScansApart) {
-  cSimSensor one(unpaced(eSimModel::SHORT_RANGE));
-  cSimSensor other(unpaced(eSimModel::LONG_RANGE));
+  cSimSensor one(quick(eSimModel::SHORT_RANGE));
+  cSimSensor other(quick(eSimModel::LONG_RANGE));
   const tDriver2 first = openReady(one.getPath());
   const tDriver2 second = openReady(other.getPath());
   ASSERT_EQ(first->startScan(44, 725, 1, 0, 50, 5600), 0);
@@ -162,7 +155,7 @@ class cOtherHost {
 // Would catch: records of a dead program taken for one's own, a stream that nobody can stop.
 TEST(cDriver, TakesOverFromAProgramKilledInTheMiddleOfAStream) {
   cOtherHost killed;
-  cSimSensor sensor(unpaced());
+  cSimSensor sensor(quick());
   killed.scan(sensor.getPath());
   ASSERT_TRUE(sensor.waitForSentScans(20, LONG_TIME));
   killed.kill();

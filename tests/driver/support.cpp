@@ -20,6 +20,13 @@ int countEntries(const char* folder) {
 
 }  // namespace
 
+cSimSetting quick(eSimModel model) {
+  cSimSetting setting;
+  setting.model = model;
+  setting.rate = 200;
+  return setting;
+}
+
 boost::shared_ptr<cTarvoLink> openLink(const std::string& path) {
   const boost::shared_ptr<kavTBX::basic_portbuf<char>> port(
       new kavTBX::basic_portbuf<char>(path, boost::shared_ptr<kavTBX::cPortSetting>()));

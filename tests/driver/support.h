@@ -17,6 +17,9 @@ using tScan = boost::shared_ptr<cScan>;
 constexpr int LONG = 20000;  // milliseconds
 constexpr std::chrono::milliseconds LONG_TIME(LONG);
 
+/// A sensor that turns much faster than real ones, but not faster than a sanitizer's host takes.
+cSimSetting quick(eSimModel model = eSimModel::SHORT_RANGE);
+
 boost::shared_ptr<cTarvoLink> openLink(const std::string& path);
 
 /// A running driver on `path` without a detection: nothing was sent, the next tag is 1.

@@ -7,12 +7,6 @@
 
 namespace {
 
-cSimSetting unpaced() {
-  cSimSetting setting;
-  setting.paced = false;
-  return setting;
-}
-
 /// Runs every job in a thread of its own and joins them all.
 void together(const std::vector<std::function<void()>>& jobs) {
   std::vector<std::thread> threads;
@@ -22,7 +16,7 @@ void together(const std::vector<std::function<void()>>& jobs) {
 
 // Would catch: an answer that reaches another caller, or none.
 TEST(cManyCallers, EachGetItsOwnAnswers) {
-  cSimSensor sensor(unpaced());
+  cSimSensor sensor(quick());
   const tDriver2 driver = openDriver(sensor.getPath());
   std::atomic<int> wrong{0};
   std::vector<std::function<void()>> jobs;
@@ -46,7 +40,7 @@ TEST(cManyCallers, EachGetItsOwnAnswers) {
 // doubled where two threads take them.
 TEST(cManyCallers, ScanAndAskAtOnce) {
   constexpr int SCANS = 99;
-  cSimSensor sensor(unpaced());
+  cSimSensor sensor(quick());
   const tDriver2 driver = openReady(sensor.getPath());
   ASSERT_EQ(driver->startScan(44, 725, 1, 0, SCANS, 5600), 0);
   std::atomic<int> taken{0};
