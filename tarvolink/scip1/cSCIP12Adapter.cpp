@@ -167,26 +167,25 @@ void cSCIP12Adapter::threadFunc() {
     if (driver == nullptr) state = NO_DRIVER;
   }
   while (!isFinishing()) {
-    const int current = getState();
-    if (current == EXITING) return;
-    if (current == NO_DRIVER || current == IDLE) {
-      processRequest();
+    cPass pass = beginPass();
+    if (pass.state == EXITING) return;
+    if (pass.state == SCANNING) {
+      runPass(pass);
     } else {
-      runPass();
+      processRequest();
     }
   }
 }
 
-void cSCIP12Adapter::runPass() {
-  cPass pass = beginPass();
-  if (pass.isScan) takeScan(pass);
+void cSCIP12Adapter::runPass(cPass& pass) {
+  takeScan(pass);
   if (hasRequests()) processRequest();
   waitForNext(pass);
 }
 
 cSCIP12Adapter::cPass cSCIP12Adapter::beginPass() {
   boost::mutex::scoped_lock lock(wakeMutex);
-  return {start, end, cluster, generation, steady_clock::now(), state == SCANNING, false};
+  return {start, end, cluster, generation, steady_clock::now(), state, false};
 }
 
 void cSCIP12Adapter::takeScan(cPass& pass) {
@@ -202,7 +201,7 @@ void cSCIP12Adapter::countScan(const cPass& pass) {
   boost::mutex::scoped_lock requests(queue.mutex);
   boost::mutex::scoped_lock lock(wakeMutex);
   if (pass.generation != generation) return;
-  if (!pass.hasFailed) --scansLeft;
+  if (!pass.hasFailed && scansLeft >= ENDLESS) --scansLeft;
   if (scansLeft == ENDLESS) {
     state = IDLE;
     forgetStarts();

@@ -121,7 +121,7 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
     int cluster;
     unsigned generation;
     boost::chrono::steady_clock::time_point begin;
-    bool isScan;
+    int state;
     bool hasFailed;
   };
 
@@ -134,7 +134,7 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
   void setRange(int st, int ed, int sk, int count);
   void takeScan(cPass& pass);
   void countScan(const cPass& pass);
-  void runPass();
+  void runPass(cPass& pass);
   cPass beginPass();
   void waitForNext(const cPass& pass);
   bool hasRequests();
