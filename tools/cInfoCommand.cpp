@@ -7,6 +7,7 @@
 
 #include "tools/cOutput.h"
 #include "tools/cSensor.h"
+#include "tools/printable.h"
 
 namespace tool {
 
@@ -39,20 +40,15 @@ std::vector<cFact> factsOf(const std::string& device, const cSensor& sensor) {
           {"Line speed found", "line_speed_bps", sensor.getLineSpeed(), " bits/s"}};
 }
 
-/// The sensor's own text made fit for a terminal: it may hold anything.
-std::string printable(std::string text) {
-  for (char& c : text) {
-    if (c < ' ' || c > '~') c = '?';
-  }
+std::string toldOf(const nlohmann::ordered_json& value) {
+  const std::string text = value.is_string() ? printable(value.get<std::string>()) : value.dump();
   return text.empty() ? "(not told)" : text;
 }
 
 std::string toText(const std::vector<cFact>& facts) {
   std::string text;
   for (const cFact& fact : facts) {
-    const bool isText = fact.value.is_string();
-    const std::string value = isText ? fact.value.get<std::string>() : fact.value.dump();
-    text += fmt::format("{:<18} {}{}\n", fact.label, printable(value), fact.unit);
+    text += fmt::format("{:<18} {}{}\n", fact.label, toldOf(fact.value), fact.unit);
   }
   return text;
 }

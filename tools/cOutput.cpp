@@ -51,12 +51,19 @@ void cOutput::write(std::string_view text) {
     const ssize_t written = ::write(fd, text.data(), std::min<std::size_t>(text.size(), PIPE_BUF));
     if (written >= 0) {
       text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno == EPIPE) {
+    } else if (errno == EPIPE || (errno == EIO && isHungUp())) {
       over = true;
     } else if (errno != EINTR && errno != EAGAIN) {
       fail();
     }
   }
+}
+
+bool cOutput::isTerminal() const { return isatty(fd) != 0; }
+
+bool cOutput::isHungUp() const {
+  pollfd descriptor{fd, POLLOUT, 0};
+  return poll(&descriptor, 1, 0) > 0 && (descriptor.revents & POLLHUP) != 0;
 }
 
 bool cOutput::waitWritable() const {

@@ -22,15 +22,22 @@ class cOutput {
   cOutput& operator=(const cOutput&) = delete;
   ~cOutput();
 
-  /// Writes all of `text`. Once the reader has closed its end (EPIPE), or when a stop is
-  /// requested while the reader takes nothing, the rest is given up: see `isOver`. Throws
-  /// `cFailure` on any other error.
+  /// Writes all of `text`. Once the reader has closed its end (EPIPE, or EIO of a terminal), or
+  /// when a stop is requested while the reader takes nothing, the rest is given up: see `isOver`.
+  /// Throws `cFailure` on any other error.
   void write(std::string_view text);
+
+  /// True when it is a terminal.
+  bool isTerminal() const;
+
+  /// The descriptor that is written to, for what terminals are asked besides. Its owner is this.
+  int getDescriptor() const { return fd; }
 
   /// True when nobody takes the data any more: a normal end for the program.
   bool isOver() const { return over; }
 
  private:
+  bool isHungUp() const;
   bool waitWritable() const;
   [[noreturn]] void fail() const;
 

@@ -3,45 +3,24 @@
 #include <fmt/format.h>
 
 #include "tools/cFailure.h"
-#include "tools/notice.h"
+#include "tools/cSummary.h"
+#include "tools/cSvgPlot.h"
+#include "tools/printable.h"
+#include "tools/rangeOptions.h"
+#include "tools/replaceFile.h"
+#include "tools/timestamp.h"
 
 namespace tool {
-
-namespace {
-
-/// Says at its end how a run went, also when that end is an error.
-class cSummary {
- public:
-  cSummary(const cRateMeter& rates, const cScanRun& run) : meter(rates), scans(run) {}
-  cSummary(const cSummary&) = delete;
-  cSummary& operator=(const cSummary&) = delete;
-  ~cSummary() {
-    notice(fmt::format("{} scans, {:.2f} a second, {} dropped", meter.getTotal(),
-                       meter.getMeanRate(), scans.getDropped()));
-  }
-
- private:
-  const cRateMeter& meter;
-  const cScanRun& scans;
-};
-
-}  // namespace
 
 cScanCommand::cScanCommand(CLI::App& app) : iCommand(app.add_subcommand("scan", "Take scans")) {
   declaration->add_option("DEVICE", device,
                           "A tty, or sim:[short|middle|long] for a simulated sensor (the default)");
   declaration->add_option("-n", wanted, "How many scans (default: 1); 0: until Ctrl-C");
-  declaration->add_option("--first", wish.first, "First step (default: the sensor's)");
-  declaration->add_option("--last", wish.last, "Last step (default: the sensor's)");
-  declaration->add_option("--cluster", wish.cluster, "Steps that make one point (default: 1)");
-  declaration->add_option("--interval", wish.interval,
-                          "Turns to skip after each scan, 0 to 9 (default: 0)");
-  declaration->add_option("--max-distance", wish.maxDistance,
-                          "Longest distance that matters, mm; up to 4095 needs fewer bytes "
-                          "(default: the sensor's)");
+  addRangeOptions(*declaration, wish);
   declaration->add_option("--format", format, "table (the default), csv or json")
       ->transform(CLI::CheckedTransformer(scanFormats()).description("NAME"));
   declaration->add_option("-o", file, "Write the scans to FILE instead of standard output");
+  declaration->add_option("--plot", plot, "Draw the last scan to FILE, as SVG");
 }
 
 void cScanCommand::run() {
@@ -53,6 +32,7 @@ void cScanCommand::run() {
                     wanted));
   }
   wish.check();
+  if (!plot.empty()) checkReplaceable(plot);
   const cDeviceName name(device);
   cStop stop;
   cOutput output(file, stop);
@@ -62,19 +42,33 @@ void cScanCommand::run() {
   cScanRun scans(sensor, range, stop);
   cRateMeter meter;
   const cSummary summary(meter, scans);
-  take(scans, *rows, output, meter);
+  const auto last = take(scans, *rows, output, meter);
+  if (last && !plot.empty()) draw(*last, range, sensor);
 }
 
-void cScanCommand::take(cScanRun& scans, const iScanFormat& rows, cOutput& output,
-                        cRateMeter& meter) const {
+/// Takes the scans; the last of them, empty when none came.
+boost::shared_ptr<cScan> cScanCommand::take(cScanRun& scans, const iScanFormat& rows,
+                                            cOutput& output, cRateMeter& meter) const {
   const auto count = static_cast<std::size_t>(wanted);
   output.write(rows.header());
+  boost::shared_ptr<cScan> last;
   while ((count == 0 || meter.getTotal() < count) && !output.isOver()) {
     const auto scan = scans.next();
-    if (!scan) return;
+    if (!scan) return last;
+    last = scan;
     meter.count();
     output.write(rows.rows(meter.getTotal(), *scan, meter.getRate()));
   }
+  return last;
+}
+
+void cScanCommand::draw(const cScan& scan, const cScanRange& range, const cSensor& sensor) const {
+  const cScan readings = range.readingsOf(scan);
+  const std::string subtitle =
+      fmt::format("{} on {}, {} of {} readings valid", isoTimestamp(scan.timeStamp.time),
+                  cDeviceName(device).getText(), readings.points.size(), scan.points.size());
+  const cSvgPlot drawing(readings, printable(sensor.info().getProd()), printable(subtitle));
+  replaceFile(plot, drawing.getText());
 }
 
 }  // namespace tool

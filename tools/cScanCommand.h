@@ -11,7 +11,8 @@
 
 namespace tool {
 
-/// `tarvolink scan`: takes scans and writes them as a table, CSV or JSON.
+/// `tarvolink scan`: takes scans and writes them as a table, CSV or JSON, and the last as a
+/// drawing.
 class cScanCommand : public iCommand {
  public:
   explicit cScanCommand(CLI::App& app);
@@ -19,13 +20,16 @@ class cScanCommand : public iCommand {
   void run() override;
 
  private:
-  void take(cScanRun& scans, const iScanFormat& rows, cOutput& output, cRateMeter& meter) const;
+  boost::shared_ptr<cScan> take(cScanRun& scans, const iScanFormat& rows, cOutput& output,
+                                cRateMeter& meter) const;
+  void draw(const cScan& scan, const cScanRange& range, const cSensor& sensor) const;
 
   std::string device;
   int wanted = 1;  // 0: until stopped
   cScanWish wish;
   eScanFormat format = eScanFormat::TABLE;
   std::string file;
+  std::string plot;  // "": none
 };
 
 }  // namespace tool

@@ -92,6 +92,14 @@ bool cScanRange::isValid(double distance) const {
   return distance >= minDistance && distance <= maxDistance;
 }
 
+cScan cScanRange::readingsOf(const cScan& scan) const {
+  cScan readings = scan;
+  auto& points = readings.points;
+  const auto isInvalid = [this](const cScanPoint& point) { return !isValid(point.distance); };
+  points.erase(std::remove_if(points.begin(), points.end(), isInvalid), points.end());
+  return readings;
+}
+
 double cScanRange::getPeriod() const {
   return turnsPerMinute > 0 ? 60.0 / turnsPerMinute * (interval + 1) : 0;
 }

@@ -37,6 +37,9 @@ class cScanRange {
   /// True for a reading that is a distance within the range, no error value of the sensor's.
   bool isValid(double distance) const;
 
+  /// `scan` with only the points that are valid.
+  cScan readingsOf(const cScan& scan) const;
+
   /// Seconds between two scans, as the sensor turns; 0 when it does not tell.
   double getPeriod() const;
 

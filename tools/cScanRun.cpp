@@ -12,7 +12,7 @@ namespace tool {
 namespace {
 
 constexpr int START_TRIES = 3;  // the library gives a slow sensor 200 ms to acknowledge
-constexpr int WAIT_MS = 100;    // how soon a stop is noticed while no scan comes
+constexpr std::chrono::milliseconds WAIT{100};  // how soon a stop is noticed while no scan comes
 constexpr double LEAST_PATIENCE_S = 2;
 constexpr double PATIENCE_PERIODS = 3;
 
@@ -24,7 +24,6 @@ cScanRun::cScanRun(const cSensor& sensor, const cScanRange& wanted, const cStop&
       stop(ender),
       patience(std::max(LEAST_PATIENCE_S, PATIENCE_PERIODS * range.getPeriod())) {
   start();
-  lastGood = cClock::now();
 }
 
 cScanRun::~cScanRun() {
@@ -50,14 +49,20 @@ void cScanRun::start() {
 
 boost::shared_ptr<cScan> cScanRun::next() {
   while (!stop.isRequested()) {
-    if (auto scan = takeGood()) {
-      lastGood = cClock::now();
-      return scan;
-    }
-    if (cClock::now() - lastGood > patience) fail();
-    waitABit();
+    if (auto scan = nextWithin(WAIT)) return scan;
   }
   return {};
+}
+
+boost::shared_ptr<cScan> cScanRun::nextWithin(std::chrono::milliseconds timeOut) {
+  auto scan = takeGood();
+  if (!scan) {
+    if (silence > patience) fail();
+    waitABit(timeOut);
+    scan = takeGood();
+  }
+  if (scan) silence = silence.zero();
+  return scan;
 }
 
 boost::shared_ptr<cScan> cScanRun::takeGood() {
@@ -77,12 +82,15 @@ boost::shared_ptr<cScan> cScanRun::takeAny() {
   }
 }
 
-void cScanRun::waitABit() {
+void cScanRun::waitABit(std::chrono::milliseconds timeOut) {
+  const auto before = cClock::now();
   try {
-    scanner.waitScan(WAIT_MS);
+    scanner.waitScan(static_cast<int>(timeOut.count()));
   } catch (const std::out_of_range&) {
     ++dropped;
   }
+  // A process that was stopped (Ctrl-Z) has not waited for the sensor all that time.
+  silence += std::min<cClock::duration>(cClock::now() - before, 2 * timeOut);
 }
 
 void cScanRun::fail() const {

@@ -24,6 +24,9 @@ class cScanRun {
   /// `cFailure` with `SCANS_STOPPED` when none comes for 2 s or three periods.
   boost::shared_ptr<cScan> next();
 
+  /// The same, but waits `timeOut` at most; empty also when none came in that time.
+  boost::shared_ptr<cScan> nextWithin(std::chrono::milliseconds timeOut);
+
   /// Scans that came and were not handed out: not of the points asked for, or not to be decoded.
   int getDropped() const { return dropped; }
 
@@ -33,14 +36,14 @@ class cScanRun {
   void start();
   boost::shared_ptr<cScan> takeGood();
   boost::shared_ptr<cScan> takeAny();
-  void waitABit();
+  void waitABit(std::chrono::milliseconds timeOut);
   [[noreturn]] void fail() const;
 
   iSCIP2IF& scanner;
   const cScanRange& range;
   const cStop& stop;
   const std::chrono::duration<double> patience;
-  cClock::time_point lastGood;
+  std::chrono::duration<double> silence{0};  // waited since the last good scan
   int dropped = 0;
 };
 

@@ -60,6 +60,11 @@ boost::shared_ptr<cSensorDriver> cSensor::find(const std::string& name) const {
   return found;
 }
 
+std::string cSensor::getDialect() const {
+  const bool isOld = dynamic_cast<const cSensorDriverSCIP1*>(driver.get()) != nullptr;
+  return isOld ? "SCIP 1.x" : "SCIP 2.0";
+}
+
 void cSensor::quieten() const {
   bool quiet = false;
   retry(

@@ -26,6 +26,9 @@ class cSensor {
   /// The line speed at which the sensor was found, bits per second.
   int getLineSpeed() const { return setting->baudRate; }
 
+  /// What it speaks, as "SCIP 2.0".
+  std::string getDialect() const;
+
  private:
   boost::shared_ptr<cSensorDriver> find(const std::string& name) const;
   void quieten() const;

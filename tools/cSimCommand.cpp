@@ -1,9 +1,51 @@
 #include "tools/cSimCommand.h"
 
+#include <fmt/format.h>
+
 #include "tools/cDeviceName.h"
 #include "tools/cOutput.h"
+#include "tools/notice.h"
+#include "tools/printable.h"
 
 namespace tool {
+
+namespace {
+
+/// The value where none is given, as a user would give it.
+std::string defaultOf(const cSimFaultInfo& row) {
+  if (row.fault != eSimFault::STATUS) return fmt::to_string(row.value);
+  return {static_cast<char>(row.value / 256), static_cast<char>(row.value % 256)};
+}
+
+std::string knownFaults() {
+  std::string lines = "Faults, with the value each has where none is given:\n";
+  for (const cSimFaultInfo& row : simFaultTable()) {
+    lines += fmt::format("  {:<24}{}\n", fmt::format("{}={}", row.name, defaultOf(row)), row.text);
+  }
+  return lines;
+}
+
+eSimFault faultNamed(const std::string& name) {
+  if (const auto fault = simFaultByName(name)) return *fault;
+  std::string names;
+  for (const cSimFaultInfo& row : simFaultTable()) {
+    names += fmt::format("{}{}", names.empty() ? "" : ", ", row.name);
+  }
+  throw CLI::ValidationError("--fault", fmt::format("there is no fault \"{}\". There are: {}. "
+                                                    "'tarvolink sim --help' tells what they do.",
+                                                    name, names));
+}
+
+int valueOf(eSimFault fault, const std::string& text) {
+  int value = 0;
+  if (CLI::detail::lexical_cast(text, value)) return value;
+  if (fault == eSimFault::STATUS && text.size() == 2) return simStatus(text);
+  throw CLI::ValidationError(
+      "--fault", fmt::format("\"{}\" is no value for a fault: give a whole number{}.", text,
+                             fault == eSimFault::STATUS ? ", or a status of two characters" : ""));
+}
+
+}  // namespace
 
 cSimCommand::cSimCommand(CLI::App& app)
     : iCommand(app.add_subcommand("sim", "Run a simulated sensor on a pseudo-terminal")) {
@@ -17,12 +59,34 @@ cSimCommand::cSimCommand(CLI::App& app)
   declaration->add_option("--rate", setting.rate, "Scans per second (default: the model's)");
   declaration->add_option("--seed", setting.seed, "Seed of its noise (default: 1)");
   declaration->add_option("--link", setting.link, "A symbolic link to keep on its path");
+  declaration
+      ->add_option_function<std::vector<std::string>>(
+          "--fault", [this](const auto& words) { addFaults(words); },
+          "A fault that it has from the start; may be given several times")
+      ->type_name("NAME[=VALUE]")
+      ->allow_extra_args(false);
+  declaration->add_flag("--verbose", isVerbose, "Print the commands it hears on standard error");
+  declaration->footer(knownFaults());
+}
+
+void cSimCommand::addFaults(const std::vector<std::string>& words) {
+  for (const std::string& word : words) {
+    const std::size_t end = word.find('=');
+    const eSimFault fault = faultNamed(word.substr(0, end));
+    const bool hasValue = end != std::string::npos;
+    faults.push_back(
+        {fault, hasValue ? valueOf(fault, word.substr(end + 1)) : cSimSensor::DEFAULT_VALUE});
+  }
 }
 
 void cSimCommand::run() {
   cStop stop;
   cOutput output("", stop);
-  const cSimSensor sensor(setting);
+  if (isVerbose) {
+    setting.onCommand = [](const std::string& line) { notice("heard " + printable(line)); };
+  }
+  cSimSensor sensor(setting);
+  for (const cFault& each : faults) sensor.setFault(each.fault, each.value);
   output.write(sensor.getPath() + "\n");
   stop.wait();
 }

@@ -1,6 +1,9 @@
 #ifndef TARVOLINK_TOOLS_CSIMCOMMAND_H
 #define TARVOLINK_TOOLS_CSIMCOMMAND_H
 
+#include <string>
+#include <vector>
+
 #include "sim/tarvosim.h"
 #include "tools/iCommand.h"
 
@@ -15,7 +18,16 @@ class cSimCommand : public iCommand {
   void run() override;
 
  private:
+  void addFaults(const std::vector<std::string>& words);
+
+  struct cFault {
+    eSimFault fault;
+    int value;
+  };
+
   cSimSetting setting;
+  std::vector<cFault> faults;
+  bool isVerbose = false;
 };
 
 }  // namespace tool

@@ -10,6 +10,7 @@
 #include "tools/cInfoCommand.h"
 #include "tools/cScanCommand.h"
 #include "tools/cSimCommand.h"
+#include "tools/cViewCommand.h"
 #include "tools/notice.h"
 
 namespace {
@@ -52,6 +53,7 @@ int main(int argc, char** argv) {
   std::vector<std::unique_ptr<tool::iCommand>> commands;
   commands.push_back(std::make_unique<tool::cInfoCommand>(app));
   commands.push_back(std::make_unique<tool::cScanCommand>(app));
+  commands.push_back(std::make_unique<tool::cViewCommand>(app));
   commands.push_back(std::make_unique<tool::cSimCommand>(app));
   try {
     app.parse(argc, argv);

@@ -1,0 +1,93 @@
+#include "tools/cLiveView.h"
+
+#include "tools/printable.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::chrono::milliseconds KEY_MS{40};    // how soon a key works while no scan comes
+constexpr std::chrono::milliseconds FRAME_MS{50};  // no eye needs more frames
+constexpr int SCANS_FOR_RATE = 3;
+constexpr auto HELP = "+ - zoom, 0 fit, space pause, q quit";
+constexpr auto PAUSED_HELP = "PAUSED: space goes on, + - zoom, 0 fit, q quit";
+
+}  // namespace
+
+cLiveView::cLiveView(const cSensor& sensor, const cScanRange& wanted, cScanRun& run,
+                     cRateMeter& rates)
+    : range(wanted), scans(run), meter(rates), zoom(sensor.info().getMaxDist()) {
+  status.sensor = printable(sensor.info().getProd());
+  status.dialect = sensor.getDialect();
+  status.lineSpeed = sensor.getLineSpeed();
+}
+
+void cLiveView::drawOnce(cOutput& output, const cStop& stop) {
+  while (meter.getTotal() < SCANS_FOR_RATE && !stop.isRequested()) take(KEY_MS);
+  if (!shown) return;
+  size = cTerminalSize::of(output.getDescriptor());
+  if (output.isTerminal()) {
+    palette = cPalette(terminalColours());
+    --size.rows;  // the shell's next line shall not push the first one out
+  }
+  std::string text;
+  for (const std::string& line : frame("")) text += line + "\n";
+  output.write(text);
+}
+
+void cLiveView::run(cOutput& output, const cStop& stop) {
+  palette = cPalette(terminalColours());
+  cTerminal terminal(output, stop);
+  while (!isOver && !output.isOver() && !stop.isRequested()) {
+    showIfDue(terminal, cTerminalSize::of(output.getDescriptor()));
+    take(KEY_MS);
+    for (const char key : terminal.takeKeys()) press(key);
+  }
+}
+
+void cLiveView::take(std::chrono::milliseconds patience) {
+  const auto scan = scans.nextWithin(patience);
+  if (!scan) return;
+  meter.count();
+  if (isPaused) return;
+  shown = range.readingsOf(*scan);
+  shownTaken = cClock::now();
+  zoom.follow(*shown);
+}
+
+void cLiveView::press(char key) {
+  nextFrame = {};
+  switch (key) {
+    case '+':
+    case '=':  // the same key without shift
+      return zoom.closer();
+    case '-':
+      return zoom.farther();
+    case '0':
+      return zoom.fit();
+    case ' ':
+      isPaused = !isPaused;
+      return;
+    case 'q':
+    case 'Q':
+      isOver = true;
+  }
+}
+
+void cLiveView::showIfDue(cTerminal& terminal, const cTerminalSize& now) {
+  const bool isResized = now != size;
+  if (isResized) terminal.clear();
+  size = now;
+  if (!isResized && cClock::now() < nextFrame) return;
+  nextFrame = cClock::now() + FRAME_MS;
+  terminal.show(frame(isPaused ? PAUSED_HELP : HELP));
+}
+
+std::vector<std::string> cLiveView::frame(const std::string& help) {
+  status.rate = meter.getRate();
+  status.dropped = scans.getDropped();
+  status.age = std::chrono::duration<double>(cClock::now() - shownTaken).count();
+  return viewFrame(size, palette, zoom.getScale(), shown ? &*shown : nullptr, status, help);
+}
+
+}  // namespace tool

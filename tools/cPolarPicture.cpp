@@ -1,0 +1,98 @@
+#include "tools/cPolarPicture.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tool {
+
+namespace {
+
+constexpr double PI = 3.14159265358979323846;
+constexpr int MOST_RINGS = 5;
+constexpr int ROWS_A_RING = 2;   // its label and a free row
+constexpr double RING_DOTS = 4;  // from one dot of a ring to the next
+constexpr double RAY_DOTS = 3;
+
+int rounded(double dots) { return static_cast<int>(std::lround(dots)); }
+
+}  // namespace
+
+cPolarPicture::cPolarPicture(int columnCount, int rowCount, const cPolarScale& wanted)
+    : columns(std::max(columnCount, 0)),
+      rows(std::max(rowCount, 0)),
+      scale(wanted),
+      middleColumn(columns / 2),
+      middleRow(rows / 2),
+      middleX(middleColumn * cBrailleCanvas::DOTS_ACROSS + 0.5),
+      middleY(middleRow * cBrailleCanvas::DOTS_DOWN + 1.5),
+      dotsToEdge(std::max(1.0, std::min(columns * cBrailleCanvas::DOTS_ACROSS - 1 - middleX,
+                                        rows * cBrailleCanvas::DOTS_DOWN - 1 - middleY))),
+      dotsPerMillimetre(dotsToEdge / scale.getReach()),
+      canvas(columns, rows),
+      ringed(scale.getReach()) {}
+
+int cPolarPicture::mostRings() const {
+  return std::clamp((rows - middleRow) / ROWS_A_RING, 1, MOST_RINGS);
+}
+
+void cPolarPicture::draw(const cScan& readings) {
+  for (const cScanPoint& point : readings.points) drawReading(point);
+  drawRay(readings.firstAngle);
+  drawRay(readings.lastAngle);
+  drawGrid();
+}
+
+void cPolarPicture::drawReading(const cScanPoint& point) {
+  const cPosition position = positionAt(point.distance * dotsPerMillimetre, point.angle);
+  const int x = rounded(middleX + position.right);
+  const int y = rounded(middleY - position.up);
+  if (!canvas.holds(x, y)) {
+    ++farther;
+    return;
+  }
+  canvas.readingDot(x, y, point.distance / scale.getReach());
+  ringed = std::max(ringed, point.distance);
+}
+
+void cPolarPicture::drawGrid() {
+  const double step = getRingStep();
+  for (double distance = step; distance <= ringed; distance += step) drawRing(distance);
+  for (double distance = step; distance <= ringed; distance += step) labelRing(distance);
+  canvas.write(middleColumn, middleRow, std::vector<std::string>{"▲"});
+}
+
+void cPolarPicture::drawRing(double distance) {
+  const double radius = distance * dotsPerMillimetre;
+  const int count = std::max(8, rounded(2 * PI * radius / RING_DOTS));
+  for (int i = 0; i < count; ++i) {
+    const cPosition dot = positionAt(radius, 2 * PI * i / count);
+    canvas.gridDot(rounded(middleX + dot.right), rounded(middleY - dot.up));
+  }
+}
+
+void cPolarPicture::drawRay(double angle) {
+  for (double radius = RAY_DOTS; radius <= dotsToEdge; radius += RAY_DOTS) {
+    const cPosition dot = positionAt(radius, angle);
+    canvas.gridDot(rounded(middleX + dot.right), rounded(middleY - dot.up));
+  }
+}
+
+/// Straight behind the sensor, where it sees nothing; a ring that is cut off there has its label
+/// where it leaves the picture on the right.
+void cPolarPicture::labelRing(double distance) {
+  const double radius = distance * dotsPerMillimetre;
+  const double down = std::min(radius, canvas.getHeight() - 1 - middleY);
+  const double right = std::sqrt(radius * radius - down * down);
+  const std::string label = " " + metres(distance) + " ";
+  const int column =
+      rounded((middleX + right) / cBrailleCanvas::DOTS_ACROSS) - static_cast<int>(label.size()) / 2;
+  canvas.write(column, rounded(middleY + down) / cBrailleCanvas::DOTS_DOWN, label);
+}
+
+std::vector<std::string> cPolarPicture::lines(const cPalette& palette) const {
+  std::vector<std::string> text;
+  for (int row = 0; row < rows; ++row) text.push_back(canvas.line(row, palette));
+  return text;
+}
+
+}  // namespace tool

@@ -1,0 +1,58 @@
+#ifndef TARVOLINK_TOOLS_CPOLARPICTURE_H
+#define TARVOLINK_TOOLS_CPOLARPICTURE_H
+
+#include <string>
+#include <vector>
+
+#include "tools/cBrailleCanvas.h"
+#include "tools/cPolarScale.h"
+
+namespace tool {
+
+/// One scan as a polar picture in text: the sensor in the middle looking up, range rings with
+/// labels, the limits of its view, and the readings. It knows no terminal.
+class cPolarPicture {
+ public:
+  /// An empty picture; `wanted` says what its shorter side reaches.
+  cPolarPicture(int columnCount, int rowCount, const cPolarScale& wanted);
+
+  /// Draws `readings`, a scan of which only the points that are distances are left, then the
+  /// grid. Once a picture.
+  void draw(const cScan& readings);
+
+  /// The rings alone, while there is no scan.
+  void drawGrid();
+
+  /// Readings that lay outside.
+  int getFarther() const { return farther; }
+
+  /// The distance between two rings, millimetres.
+  double getRingStep() const { return scale.getRingStep(mostRings()); }
+
+  /// The rows from the top, as `cBrailleCanvas::line` has them.
+  std::vector<std::string> lines(const cPalette& palette) const;
+
+ private:
+  int mostRings() const;
+  void drawReading(const cScanPoint& point);
+  void drawRing(double distance);
+  void drawRay(double angle);
+  void labelRing(double distance);
+
+  const int columns;
+  const int rows;
+  const cPolarScale scale;
+  const int middleColumn;
+  const int middleRow;
+  const double middleX;  // dots: the middle of that cell
+  const double middleY;
+  const double dotsToEdge;
+  const double dotsPerMillimetre;
+  cBrailleCanvas canvas;
+  double ringed;  // the distance that rings go up to: the reach, or the farthest reading in sight
+  int farther = 0;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,49 @@
+#include "tools/cViewCommand.h"
+
+#include <cstdlib>
+
+#include "tools/cFailure.h"
+#include "tools/cLiveView.h"
+#include "tools/cSummary.h"
+#include "tools/rangeOptions.h"
+
+namespace tool {
+
+cViewCommand::cViewCommand(CLI::App& app)
+    : iCommand(app.add_subcommand("view", "Watch a sensor's scans as a picture")) {
+  declaration->add_option("DEVICE", device,
+                          "A tty, or sim:[short|middle|long] for a simulated sensor (the default)");
+  addRangeOptions(*declaration, wish);
+  declaration->add_flag("--once", isOnce, "Print one picture and end; also into a file or a pipe");
+  declaration->footer("Keys: + and - zoom, 0 fits the picture, space pauses, q quits.");
+}
+
+void cViewCommand::run() {
+  wish.check();
+  const cDeviceName name(device);
+  cStop stop;
+  cOutput output("", stop);
+  if (!isOnce) checkTerminal(output);
+  const cSensor sensor(name, stop);
+  const cScanRange range(wish, sensor.info());
+  cScanRun scans(sensor, range, stop);
+  cRateMeter meter;
+  cLiveView view(sensor, range, scans, meter);
+  if (isOnce) return view.drawOnce(output, stop);
+  const cSummary summary(meter, scans);
+  view.run(output, stop);
+}
+
+void cViewCommand::checkTerminal(const cOutput& output) const {
+  const char* term = std::getenv("TERM");
+  const std::string kind = term == nullptr ? "" : term;
+  if (output.isTerminal() && !kind.empty() && kind != "dumb") return;
+  throw cFailure(eExit::BAD_INPUT,
+                 output.isTerminal()
+                     ? "a live picture needs a terminal that can place text, and TERM is \"" +
+                           kind + "\". Set TERM to your terminal's kind, or give --once."
+                     : "a live picture needs a terminal on standard output. Give --once to print "
+                       "one picture into a file or a pipe.");
+}
+
+}  // namespace tool

@@ -1,0 +1,29 @@
+#ifndef TARVOLINK_TOOLS_CVIEWCOMMAND_H
+#define TARVOLINK_TOOLS_CVIEWCOMMAND_H
+
+#include <string>
+
+#include "tools/cOutput.h"
+#include "tools/cScanRange.h"
+#include "tools/iCommand.h"
+
+namespace tool {
+
+/// `tarvolink view`: a live polar picture in the terminal, or one that is printed.
+class cViewCommand : public iCommand {
+ public:
+  explicit cViewCommand(CLI::App& app);
+
+  void run() override;
+
+ private:
+  void checkTerminal(const cOutput& output) const;
+
+  std::string device;
+  cScanWish wish;
+  bool isOnce = false;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,53 @@
+#include "tools/viewFrame.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tools/cPolarPicture.h"
+
+namespace tool {
+
+namespace {
+
+constexpr int LINES_BELOW = 2;
+constexpr std::size_t LEAST_OF_NAME = 8;
+
+/// Where it does not fit the sensor's name is cut: it is the longest, and known.
+std::string statusLine(const cViewStatus& status, bool hasScan, std::size_t width) {
+  const std::string rate = status.rate > 0 ? fmt::format("{:.1f}", status.rate) : "-";
+  const std::string age =
+      hasScan ? fmt::format("{:.1f} s old", status.age) : "waiting for the first scan";
+  const std::string rest = fmt::format(" | {} | {} bits/s | {} scans/s | {} dropped | {}",
+                                       status.dialect, status.lineSpeed, rate, status.dropped, age);
+  const std::size_t room = width > rest.size() ? width - rest.size() : 0;
+  return (status.sensor.substr(0, std::max(room, LEAST_OF_NAME)) + rest).substr(0, width);
+}
+
+std::string meaningOf(const cPolarPicture& picture) {
+  const std::string rings = "rings " + metres(picture.getRingStep()) + " apart";
+  if (picture.getFarther() == 0) return rings;
+  return fmt::format("{}, {} points farther off", rings, picture.getFarther());
+}
+
+}  // namespace
+
+std::vector<std::string> viewFrame(const cTerminalSize& size, const cPalette& palette,
+                                   const cPolarScale& scale, const cScan* readings,
+                                   const cViewStatus& status, const std::string& help) {
+  cPolarPicture picture(size.columns, size.rows - LINES_BELOW, scale);
+  if (readings != nullptr) {
+    picture.draw(*readings);
+  } else {
+    picture.drawGrid();
+  }
+  auto lines = picture.lines(palette);
+  const auto width = static_cast<std::size_t>(size.columns);
+  lines.push_back(statusLine(status, readings != nullptr, width));
+  const std::string meaning = meaningOf(picture);
+  const std::string last = (help.empty() ? meaning : meaning + " | " + help).substr(0, width);
+  lines.push_back(palette.faint() + last + palette.plain());
+  return lines;
+}
+
+}  // namespace tool
