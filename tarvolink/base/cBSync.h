@@ -2,7 +2,6 @@
 
 #include <boost/thread/condition.hpp>
 #include <boost/thread/mutex.hpp>
-#include <cstdint>
 
 #include "tarvolink/export.h"
 
@@ -39,7 +38,6 @@ class TARVOLINK_API cBSync {
   bool wait_and_reset(int timeout);
 
  private:
-  std::int32_t reserved = 0;
   boost::condition condition;
   boost::mutex mutex;
   bool signalled = false;

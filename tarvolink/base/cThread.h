@@ -3,7 +3,6 @@
 #include <boost/thread/condition.hpp>
 #include <boost/thread/mutex.hpp>
 #include <boost/thread/thread.hpp>
-#include <cstdint>
 
 #include "tarvolink/export.h"
 
@@ -67,7 +66,6 @@ class TARVOLINK_API cThread {
   void work();
   void announceInitialised();
 
-  std::int32_t reserved = 0;
   boost::condition condition;
   boost::thread* thread = nullptr;
   bool finishing = false;    // under flagMutex
