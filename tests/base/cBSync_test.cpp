@@ -110,12 +110,4 @@ TEST_P(BSyncWait, isNotLeftByAnInterruptedThread) {
 
 INSTANTIATE_TEST_SUITE_P(Base, BSyncWait, testing::ValuesIn(WAITS), cCaseName());
 
-TEST(BSync, wakesAllWhoWaitForIt) {
-  cBSync sync;
-  std::thread threads[3];
-  for (auto& thread : threads) thread = std::thread([&sync] { sync.wait(); });
-  sync.unblock();
-  for (auto& thread : threads) thread.join();
-}
-
 }  // namespace

@@ -49,13 +49,4 @@ TEST(MessQueue, closedGivesWhatIsLeftAndTakesNoMore) {
   EXPECT_TRUE(queue.queue.empty());
 }
 
-TEST(MessQueue, dropsWhatIsLeftInItUntouched) {
-  int request = 7;
-  {
-    kavTBX::cMessQueue<int*> queue;
-    queue.post(&request);
-  }
-  EXPECT_EQ(request, 7);
-}
-
 }  // namespace

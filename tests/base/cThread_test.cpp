@@ -132,29 +132,35 @@ TEST(Thread, runAndFinalizeAreNotLeftByAnInterruptedThread) {
   EXPECT_EQ(seen, 1);
 }
 
-/// Ends by itself, and its class stops nothing.
+/// Ends by itself a while after `entered`, and its class stops nothing.
 class cUnstopped : public kavTBX::cThread {
  public:
-  explicit cUnstopped(std::atomic<bool>& givenEnd) : end(givenEnd) {}
+  cUnstopped(kavTBX::cBSync& givenEntered, std::atomic<bool>& givenEnd)
+      : entered(givenEntered), end(givenEnd) {}
 
  protected:
   void threadInit() override {}
   void threadFunc() override {
-    kavTBX::cBSync().wait_and_reset(50);
+    std::atomic<bool>& hasEnded = end;
     setFinishing();
-    end = true;
+    entered.unblock();
+    kavTBX::cBSync().wait_and_reset(50);
+    hasEnded = true;
   }
   void threadFinReq() override {}
 
  private:
+  kavTBX::cBSync& entered;
   std::atomic<bool>& end;
 };
 
 TEST(Thread, isJoinedByItsDestructor) {
+  kavTBX::cBSync entered;
   std::atomic<bool> hasEnded{false};
   {
-    cUnstopped thread(hasEnded);
+    cUnstopped thread(entered, hasEnded);
     thread.run();
+    entered.wait();
   }
   EXPECT_TRUE(hasEnded);
 }

@@ -79,14 +79,10 @@ TEST(LockableList, takesFromBothEndsAndFromTheMiddle) {
   EXPECT_EQ(lockable::takeAt(scans, 1)->firstAngle, 3);
   EXPECT_EQ(lockable::takeAt(scans, 0)->firstAngle, 1);
   EXPECT_TRUE(lockable::isEmpty(scans));
-}
-
-TEST(LockableList, givesNothingWhenEmpty) {
-  cLockableScanList scans;
-  lockable::purge(scans);
   EXPECT_FALSE(lockable::takeFirst(scans));
   EXPECT_FALSE(lockable::takeLast(scans));
   EXPECT_FALSE(lockable::takeAt(scans, 0));
+  lockable::purge(scans);
   EXPECT_EQ(lockable::count(scans), 0);
 }
 

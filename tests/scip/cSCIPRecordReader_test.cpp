@@ -6,7 +6,6 @@
 
 #include <sstream>
 
-#include "tarvolink/scip/cSCIPError.h"
 #include "tests/support/cCaseName.h"
 
 namespace {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tarvolink/scip/cSCIPError.h"
 #include "tests/support/cCaseName.h"
 #include "tests/support/cPtyPair.h"
 #include "tests/support/cScriptedPeer.h"
@@ -90,6 +91,13 @@ INSTANTIATE_TEST_SUITE_P(Link, LinkExchange,
                                          cExchange{"carriageReturns", "V\r\n0\r\n\r\n\n", 0x8},
                                          cExchange{"silence", "", 0x8}),
                          cCaseName());
+
+TEST(SCIPError, tellsSuccessFromEverythingElse) {
+  EXPECT_EQ(cSCIPError::getErrorString(0, "detail"), "Success");
+  EXPECT_EQ(cSCIPError::getErrorString(0x400, ""), "Error String Not implemented yet.");
+  EXPECT_EQ(&cSCIPError::getErrorString(0, ""), &cSCIPError::successStr());
+  EXPECT_EQ(&cSCIPError::getErrorString(1, ""), &cSCIPError::notYetStr());
+}
 
 // Would catch a link that, once a write failed, is silent for ever.
 TEST(Link, goesOnAfterItsCableWasPulled) {

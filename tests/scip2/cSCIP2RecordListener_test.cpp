@@ -46,33 +46,6 @@ INSTANTIATE_TEST_SUITE_P(
                     cEcho{"bothShort", "V", "V", true}, cEcho{"empty", "", "BM", false}),
     cCaseName());
 
-struct cCount {
-  const char* name;
-  int count;
-  int completes;  // with which record; 0 never
-};
-
-class ListenerCount : public testing::TestWithParam<cCount> {};
-
-TEST_P(ListenerCount, completesWithTheLastOneExpected) {
-  cSCIP2RecordListener listener;
-  listener.resetResponse("MD", 1, GetParam().count);
-  for (int record = 1; record <= 3; ++record) {
-    ASSERT_TRUE(listener.push(makeRecord("MD;1")));
-    if (GetParam().completes == record) {
-      EXPECT_TRUE(listener.isComplete());
-      return;
-    }
-    EXPECT_FALSE(listener.isComplete());
-  }
-  EXPECT_EQ(GetParam().completes, 0);
-}
-
-INSTANTIATE_TEST_SUITE_P(Listener, ListenerCount,
-                         testing::Values(cCount{"one", 1, 1}, cCount{"three", 3, 3},
-                                         cCount{"none", 0, 1}, cCount{"endless", -1, 0}),
-                         cCaseName());
-
 // Would catch a wait that ends early, with nothing, for a signal that an earlier record left.
 TEST(Listener, waitsItsWholeTimeForARecord) {
   cSCIP2RecordListener listener;
@@ -86,42 +59,18 @@ TEST(Listener, waitsItsWholeTimeForARecord) {
   EXPECT_EQ(echoOf(listener.waitRecord(PATIENCE)), "MD0;1") << "a reset keeps what is untaken";
   EXPECT_EQ(echoOf(listener.waitRecord(std::numeric_limits<int>::min())), "MD1;1");
   EXPECT_FALSE(listener.waitRecord(std::numeric_limits<int>::min()));
-  listener.push(makeRecord("QT;2"));
-  listener.empty();
-  EXPECT_FALSE(listener.hasRecords());
-}
-
-TEST(Listener, mutedKeepsNothingUntilItsNextRequest) {
-  cSCIP2RecordListener listener;
-  listener.resetResponse("MD", 1, 3);
-  listener.push(makeRecord("MD;1"));
-  listener.mute();
-  EXPECT_TRUE(listener.push(makeRecord("MD;1")));
-  EXPECT_TRUE(listener.push(makeRecord("MD;1")));
-  EXPECT_TRUE(listener.isComplete());
-  EXPECT_FALSE(listener.hasRecords());
-  listener.resetResponse("QT", 2, 1);
-  EXPECT_TRUE(listener.push(makeRecord("QT;2")));
-  EXPECT_TRUE(listener.hasRecords());
-}
-
-TEST(Listener, knowsALateAnswerByItsTag) {
-  cSCIP2RecordListener listener;
-  listener.resetResponse("QT", 2, 1);
-  EXPECT_TRUE(listener.isLateAnswer(*makeRecord("QT;1")));
-  EXPECT_FALSE(listener.isLateAnswer(*makeRecord("QT;2")));
-  EXPECT_FALSE(listener.isLateAnswer(*makeRecord("VV")));
 }
 
 // The signal is binary: would catch the second of two waiters sleeping on beside its record.
 TEST(Listener, wakesAWaiterForEachRecord) {
-  for (int round = 0; round < 100; ++round) {
+  for (int round = 0; round < 20; ++round) {
     cSCIP2RecordListener listener;
     listener.resetResponse("MD", 1, -1);
     std::thread waiters[2];
     for (auto& waiter : waiters) {
       waiter = std::thread([&] { EXPECT_TRUE(listener.waitRecord(PATIENCE)); });
     }
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));  // for the fault to show
     const long elapsed = measure([&] {
       listener.push(makeRecord("MD;1"));
       listener.push(makeRecord("MD;1"));

@@ -57,13 +57,13 @@ TEST(Callers, eachGetTheirOwnAnswersBesideAScan) {
 TEST(Callers, aLateAnswerSpoilsOneExchangeOnly) {
   cRig rig([](const std::string& line) {
     if (line == "LATE;1") return std::string();
-    return (line == "QT;2" ? answer("LATE;1") : "") + answer(line);
+    return (line == "C0;2" ? answer("LATE;1") : "") + answer(line);
   });
   cSensorDriverSCIP2 driver(rig.link);
   driver.start();
   EXPECT_EQ(driver.doRaw2("LATE", 1)->error, 0x1);
   int spoiled = 0;
-  for (int i = 0; i < 12; ++i) spoiled += isAnswered(driver, "QT") ? 0 : 1;
+  for (int i = 0; i < 12; ++i) spoiled += isAnswered(driver, "C" + std::to_string(i)) ? 0 : 1;
   EXPECT_EQ(spoiled, 1);
 }
 

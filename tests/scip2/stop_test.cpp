@@ -139,9 +139,11 @@ class cOpenComm : public cSCIP2Comm {
 TEST(StopRequest, mayComeBeforeTheStart) {
   cRig rig(answer);
   cOpenComm comm(rig.link);
+  std::thread early([&comm] { EXPECT_EQ(comm.sendRequest("VV", 1), nullptr); });
   comm.threadFinReq();
   comm.run();
   EXPECT_EQ(comm.sendRequest("VV", 1), nullptr);
+  early.join();
 }
 
 TEST(StopRequest, endsTheThreadByItself) {
