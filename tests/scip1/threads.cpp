@@ -8,26 +8,30 @@
 
 // Catches: an answer read by the other thread, half of it read, a caller who never gets a turn.
 TEST(Scip1Threads, CommandsBesideAScanTakeTurns) {
+  const std::string version = "VEND:maker;\nPROD:scanner;\n";
+  constexpr std::size_t SCAN_SIZE = 681 * 2 + 22;  // with a line feed each 64 characters
   cRig rig;
-  rig.sensor.script("V", record("V", "0", "VEND:maker;\nPROD:scanner;\n"));
+  rig.sensor.script("V", record("V", "0", version));
   rig.sensor.script("X", record("X", "7", "other\n"));
   rig.scip2().startScan(44, 724, 1, 0, 0, 0);
   const auto begin = std::chrono::steady_clock::now();
   std::thread other([&rig] {
-    for (int i = 0; i < 200; ++i) ASSERT_EQ(rig.driver->doRaw("X"), 7);
+    for (int i = 0; i < 200; ++i) EXPECT_EQ(rig.driver->doRaw("X"), 7);
   });
   for (int i = 0; i < 200; ++i) {
-    ASSERT_EQ(rig.scip2().fetchVersionStr(), 0);
+    EXPECT_EQ(rig.scip2().fetchVersionStr(), 0);
     const std::string body = rig.driver->getResponseBody();
-    ASSERT_EQ(body.find('\0'), std::string::npos);
+    EXPECT_TRUE(body == version || body == "other\n" || body.size() == SCAN_SIZE) << body;
   }
   other.join();
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
   EXPECT_EQ(rig.driver->getVend(), "maker;");
   EXPECT_TRUE(rig.scip2().isScanning());
+  ASSERT_TRUE(rig.sensor.hears("G", 40));
+  rig.scip2().stopAll();
   const std::vector<int> numbers = rig.takeAll();
-  EXPECT_EQ(numbers.size(), 30u);
-  EXPECT_EQ(numbers.back() - numbers.front(), 29);
+  ASSERT_GE(numbers.size(), 30u);
+  for (std::size_t i = 1; i < numbers.size(); ++i) EXPECT_EQ(numbers[i], numbers[i - 1] + 1);
 }
 
 // Catches: two workers on one line, of which one is lost with its thread.
