@@ -48,11 +48,12 @@ class TARVOLINK_API cSCIP2Comm : public kavTBX::cThread {
 
   /// Sends `command` with a tag; blocks until its line is written. The result collects
   /// `count` records (below 0: without end) and may serve another request as soon as it has
-  /// them. Null when the thread has ended.
+  /// them; it lives as long as this object unless `claimRequest` is used as well. Null when the
+  /// thread has ended.
   cSCIP2RecordListener* sendRequest(std::string command, int count);
 
-  /// The same, but the listener is the caller's alone until `release`, `retire` or the end
-  /// of what `keep` gives. See `cSCIP2Claim`.
+  /// The same, but the listener is the caller's alone until `release` or the end of what
+  /// `keep` gives; then it may cease to be. See `cSCIP2Claim`.
   cSCIP2RecordListener* claimRequest(std::string command, int count);
 
   /// Sends `command` twice, each with a tag of its own, to be answered in `listener`, which
@@ -70,7 +71,7 @@ class TARVOLINK_API cSCIP2Comm : public kavTBX::cThread {
   /// complete.
   void release(cSCIP2RecordListener* listener);
 
-  /// The caller took a late answer: like `release`, but `listener` serves no other request.
+  /// The caller took a late answer: `listener`, still to be released, serves no other request.
   void retire(cSCIP2RecordListener* listener);
 
   /// Shares `listener` with the caller of `claimRequest`; when the last copy of the result
