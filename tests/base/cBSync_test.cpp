@@ -71,7 +71,7 @@ class BSyncWait : public testing::TestWithParam<cWait> {};
 // A request's signal lives on its caller's stack: would catch `unblock` touching it once its
 // waiter is gone (under the sanitizers).
 TEST_P(BSyncWait, mayDestroyTheSignalWhenItReturns) {
-  constexpr int ROUNDS = 3000;
+  constexpr int ROUNDS = 300;
   std::atomic<cBSync*> raised{nullptr};
   std::thread raiser([&raised] {
     for (int round = 0; round < ROUNDS; ++round) {
