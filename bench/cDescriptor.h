@@ -1,0 +1,23 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+/// A file descriptor that closes itself; -1: none.
+class cDescriptor {
+ public:
+  explicit cDescriptor(int descriptor = -1) : fd(descriptor) {}
+  cDescriptor(cDescriptor&& other) noexcept : fd(std::exchange(other.fd, -1)) {}
+  cDescriptor& operator=(cDescriptor other) noexcept {
+    std::swap(fd, other.fd);
+    return *this;
+  }
+  ~cDescriptor() {
+    if (fd >= 0) close(fd);
+  }
+  int get() const { return fd; }
+
+ private:
+  int fd;
+};

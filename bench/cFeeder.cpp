@@ -1,0 +1,121 @@
+#include "bench/cFeeder.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/mman.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cmath>
+#include <new>
+#include <stdexcept>
+#include <system_error>
+
+#include "bench/measure.h"
+#include "bench/scanRecord.h"
+
+namespace {
+
+[[noreturn]] void fail(const char* what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+cDescriptor openMaster() {
+  cDescriptor master(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+  if (master.get() < 0 || grantpt(master.get()) != 0 || unlockpt(master.get()) != 0) {
+    fail("no pseudo-terminal");
+  }
+  return master;
+}
+
+/// Raw and without echo from the start, or the line would answer itself.
+cDescriptor openSlave(const std::string& path) {
+  cDescriptor slave(open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+  termios modes{};
+  if (tcgetattr(slave.get(), &modes) != 0) fail("the pseudo-terminal cannot be opened");
+  cfmakeraw(&modes);
+  if (tcsetattr(slave.get(), TCSANOW, &modes) != 0) fail("the pseudo-terminal cannot be made raw");
+  return slave;
+}
+
+void writeAll(int fd, const std::string& bytes) {
+  for (std::size_t done = 0; done < bytes.size();) {
+    const ssize_t count = write(fd, bytes.data() + done, bytes.size() - done);
+    if (count <= 0) fail("the reader is gone");
+    done += static_cast<std::size_t>(count);
+  }
+}
+
+void sleepUntil(double moment) {
+  timespec when{};
+  when.tv_sec = static_cast<time_t>(std::floor(moment));
+  when.tv_nsec = static_cast<long>((moment - std::floor(moment)) * 1e9);
+  while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &when, nullptr) == EINTR) {
+  }
+}
+
+std::string hearLine(int fd) {
+  std::string line;
+  for (char c = 0; read(fd, &c, 1) == 1;) {
+    if (c == '\n') return line;
+    line += c;
+  }
+  fail("the reader is gone");
+}
+
+std::string answerTo(const std::string& command) {
+  std::string answer = command + "\n00P\n";
+  if (command.compare(0, 2, "PP") == 0) {
+    const auto line = [](const std::string& text) {
+      return text + ";" + withSum(text).back() + "\n";
+    };
+    answer += line("DMIN:23") + line("DMAX:" + std::to_string(LONGEST)) +
+              line("ARES:" + std::to_string(STEPS_PER_TURN)) + line("AMIN:0") +
+              line("AMAX:" + std::to_string(LAST_STEP)) +
+              line("AFRT:" + std::to_string(FRONT_STEP)) + line("SCAN:2400");
+  }
+  return answer + "\n";
+}
+
+}  // namespace
+
+void cFeeder::cUnmap::operator()(cNotes* mapped) const { munmap(mapped, sizeof(cNotes)); }
+
+cFeeder::cNotes* cFeeder::mapNotes() {
+  void* const memory =
+      mmap(nullptr, sizeof(cNotes), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) fail("no shared memory (mmap)");
+  return new (memory) cNotes;
+}
+
+cFeeder::cFeeder(double period)
+    : notes(mapNotes()),
+      master(openMaster()),
+      path(ptsname(master.get())),
+      slave(openSlave(path)),
+      child(std::make_unique<cChild>([this, period](int) { feed(period); })) {
+  master = cDescriptor();
+  slave = cDescriptor();
+}
+
+double cFeeder::getEnd(std::size_t index) const { return notes->ends[index]; }
+
+void cFeeder::feed(double period) {
+  const std::string record = makeScanRecord(converse());
+  double due = now();
+  for (std::size_t index = 0;; ++index) {
+    if (period > 0) sleepUntil(due += period);
+    writeAll(master.get(), record);
+    if (index < MOST_RECORDS) notes->ends[index] = now();
+  }
+}
+
+/// Answers until a scan is asked for; returns the line that asked.
+std::string cFeeder::converse() {
+  for (;;) {
+    const std::string command = hearLine(master.get());
+    if (!command.empty()) writeAll(master.get(), answerTo(command));
+    if (command.compare(0, 2, "MD") == 0) return command;
+  }
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <time.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+/// Seconds on one of the system's clocks (clock_gettime(2)).
+inline double secondsOn(clockid_t clock) {
+  timespec now{};
+  clock_gettime(clock, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+}
+
+/// Seconds since some fixed moment, the same for all processes.
+inline double now() { return secondsOn(CLOCK_MONOTONIC); }
+
+/// Seconds of processor time that this process has taken, all its threads, in user mode and in the
+/// kernel. The same sum as getrusage(RUSAGE_SELF), to the nanosecond and with what the threads that
+/// run right now have used.
+inline double cpuTime() { return secondsOn(CLOCK_PROCESS_CPUTIME_ID); }
+
+/// The value below which `share` (0 to 1) of the values lie, by the nearest rank; 0 of none.
+inline double quantile(std::vector<double> values, double share) {
+  if (values.empty()) return 0;
+  std::sort(values.begin(), values.end());
+  const double rank = share * static_cast<double>(values.size() - 1);
+  return values[static_cast<std::size_t>(rank + 0.5)];
+}
+
+/// The middle one.
+inline double median(const std::vector<double>& values) { return quantile(values, 0.5); }
