@@ -49,7 +49,8 @@ class TARVOLINK_API cSensorDriverSCIP2 : public cSensorDriver,
 
   /// Sends `command` with a tag and takes one record, waiting 2 s. Never empty: its `error`
   /// is 0, `ETIMEOUT_ECHO` for no answer, `EINVALID_STATUS` for a bad status line, or the
-  /// sensor's status with its mark. The second argument is not used.
+  /// sensor's status with its mark. An empty `command` ends the driver's thread, after which nothing
+  /// is answered. The second argument is not used.
   boost::shared_ptr<cSCIPRecord> doRaw2(std::string command, int);
 
   const int& getErr() const override;
