@@ -65,6 +65,9 @@ cSimCommand::cSimCommand(CLI::App& app)
           "A fault that it has from the start; may be given several times")
       ->type_name("NAME[=VALUE]")
       ->allow_extra_args(false);
+  declaration->add_option("--only", only,
+                          "What the faults harm: scan, answer, or what records begin with, as VV "
+                          "(default: all)");
   declaration->add_flag("--verbose", isVerbose, "Print the commands it hears on standard error");
   declaration->footer(knownFaults());
 }
@@ -86,7 +89,7 @@ void cSimCommand::run() {
     setting.onCommand = [](const std::string& line) { notice("heard " + printable(line)); };
   }
   cSimSensor sensor(setting);
-  for (const cFault& each : faults) sensor.setFault(each.fault, each.value);
+  for (const cFault& each : faults) sensor.setFault(each.fault, each.value, only);
   output.write(sensor.getPath() + "\n");
   stop.wait();
 }

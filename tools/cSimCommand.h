@@ -27,6 +27,7 @@ class cSimCommand : public iCommand {
 
   cSimSetting setting;
   std::vector<cFault> faults;
+  std::string only;  // as cSimSensor::setFault
   bool isVerbose = false;
 };
 

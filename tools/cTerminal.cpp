@@ -5,6 +5,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -50,6 +51,17 @@ void giveBack() {
   // A terminal that is gone takes nothing, and there is nothing else to be done about it.
   if (poll(&room, 1, ROOM_MS) > 0 && write(terminal, LEAVE.data(), LEAVE.size()) < 0) return;
   messages.say();
+}
+
+/// Behind the key that begins at `at`: a cursor or function key is several characters, ESC "["
+/// with parameters and a letter or "~", or ESC "O" and a letter (ECMA-48).
+std::size_t endOfKey(const std::string& typed, std::size_t at) {
+  if (typed[at] != ESCAPE || at + 1 == typed.size()) return at + 1;
+  if (typed[at + 1] == 'O') return std::min(at + 3, typed.size());
+  if (typed[at + 1] != '[') return at + 1;
+  std::size_t end = at + 2;
+  while (end < typed.size() && typed[end] < '@') ++end;
+  return std::min(end + 1, typed.size());
 }
 
 void endFatally(int number) {
@@ -135,8 +147,11 @@ std::string cTerminal::takeKeys() {
   if (poll(&input, 1, 0) <= 0 || (input.revents & POLLIN) == 0) return "";
   std::array<char, 64> buffer;
   const ssize_t got = read(terminal, buffer.data(), buffer.size());
-  std::string keys(buffer.data(), got > 0 ? static_cast<std::size_t>(got) : 0);
-  keys.resize(std::min(keys.find(ESCAPE), keys.size()));
+  const std::string typed(buffer.data(), got > 0 ? static_cast<std::size_t>(got) : 0);
+  std::string keys;
+  for (std::size_t at = 0; at < typed.size(); at = endOfKey(typed, at)) {
+    if (typed[at] != ESCAPE) keys += typed[at];
+  }
   return keys;
 }
 

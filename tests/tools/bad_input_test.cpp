@@ -35,6 +35,8 @@ INSTANTIATE_TEST_SUITE_P(
                     cBadCase{"UnknownOption", {"info", "--dance"}, "--dance"},
                     cBadCase{"NoNumber", {"scan", "-n", "many"}, "many"},
                     cBadCase{"UnknownFormat", {"scan", "--format", "xml"}, "xml"},
+                    cBadCase{"UnknownFault", {"sim", "--fault", "hail"}, "garbage, forced-byte"},
+                    cBadCase{"FaultWithoutNumber", {"sim", "--fault", "late=soon"}, "\"soon\""},
                     cBadCase{"UnknownModel", {"sim", "--model", "huge"}, "huge"}),
     cCaseName());
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "sim/tarvosim.h"
 #include "tests/tools/cProgram.h"
 #include "tests/tools/cTempFolder.h"
 
@@ -44,4 +45,28 @@ TEST(ProgramSimTest, SeedMakesTheScans) {
     return nlohmann::json::parse(result.output)["distances"];
   };
   EXPECT_NE(distances("7"), distances("8"));
+}
+
+TEST(ProgramSimTest, HasTheFaultsItIsGivenAndPrintsWhatItHears) {
+  cProgram sim(
+      {"sim", "--fault", "wrong-count=2", "--fault", "split=3", "--only", "scan", "--verbose"});
+  const cResult scan = runProgram({"scan", sim.readLine()});
+  EXPECT_EQ(scan.status, 4);
+  EXPECT_NE(scan.errors.find(" were dropped so far"), std::string::npos) << scan.errors;
+  sim.waitForError("heard MD0044072501000");
+  sim.signal(SIGTERM);
+  EXPECT_EQ(sim.wait(), 0) << sim.getErrors();
+}
+
+TEST(ProgramSimTest, KnowsEveryFaultAndTellsThemInItsHelp) {
+  std::vector<std::string> arguments = {"sim", "--fault", "status=0E"};
+  const std::string help = runProgram({"sim", "--help"}).output;
+  for (const cSimFaultInfo& row : simFaultTable()) {
+    arguments.insert(arguments.end(), {"--fault", row.name});
+    EXPECT_NE(help.find(std::string("  ") + row.name + "="), std::string::npos) << row.name;
+  }
+  cProgram sim(arguments);
+  EXPECT_NE(sim.readLine(), "");
+  sim.signal(SIGTERM);
+  EXPECT_EQ(sim.wait(), 0) << sim.getErrors();
 }
