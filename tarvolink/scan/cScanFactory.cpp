@@ -1,5 +1,48 @@
 #include "tarvolink/scan/cScanFactory.h"
 
+#include <cstddef>
+#include <iterator>
+
+namespace {
+
+/// The points of distances, made as they are asked for: a vector filled from these writes each
+/// point once, where resizing it would write zeros first. Forward, so that the vector counts them
+/// before it makes room, although they are handed out by value.
+class cPointSource {
+ public:
+  using iterator_category = std::forward_iterator_tag;
+  using value_type = cScanPoint;
+  using difference_type = std::ptrdiff_t;
+  using pointer = const cScanPoint*;
+  using reference = cScanPoint;
+
+  /// The point of `*value` is number `index` of `scan`.
+  cPointSource(const cScan& scan, std::size_t firstIndex, const int* firstValue)
+      : firstAngle(scan.firstAngle),
+        angleStep(scan.angleStep),
+        index(static_cast<int>(firstIndex)),
+        value(firstValue) {}
+
+  cScanPoint operator*() const {
+    return cScanFactory::genPoint(*value, firstAngle + index * angleStep);
+  }
+  cPointSource& operator++() {
+    ++index;
+    ++value;
+    return *this;
+  }
+  bool operator==(const cPointSource& other) const { return value == other.value; }
+  bool operator!=(const cPointSource& other) const { return value != other.value; }
+
+ private:
+  double firstAngle;
+  double angleStep;
+  int index;
+  const int* value;
+};
+
+}  // namespace
+
 cScanPoint cScanFactory::genPoint(int value, double angle) {
   return {static_cast<double>(value), angle};
 }
@@ -7,13 +50,6 @@ cScanPoint cScanFactory::genPoint(int value, double angle) {
 void cScanFactory::addData(std::vector<int> values) {
   if (values.empty()) return;
   std::vector<cScanPoint>& points = scan->points;
-  const double firstAngle = scan->firstAngle;
-  const double angleStep = scan->angleStep;
-  const auto before = static_cast<double>(points.size());
-  points.resize(points.size() + values.size());
-  cScanPoint* const added = points.data() + points.size() - values.size();
-  const int count = static_cast<int>(values.size());
-  for (int i = 0; i < count; ++i) {
-    added[i] = genPoint(values[static_cast<std::size_t>(i)], firstAngle + (before + i) * angleStep);
-  }
+  const cPointSource first(*scan, points.size(), values.data());
+  points.insert(points.end(), first, cPointSource(*scan, 0, values.data() + values.size()));
 }
