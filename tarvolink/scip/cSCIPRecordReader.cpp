@@ -3,20 +3,13 @@
 #include "tarvolink/scip/cSCIPError.h"
 #include "tarvolink/scip/cTarvoLink.h"
 
-namespace {
-
-// A scan of the largest sensor fits; growing to it step by step copies it twice.
-constexpr std::size_t BODY_RESERVE = 3584;
-
-}  // namespace
-
 bool cSCIPRecordReader::read(cSCIPRecord& record) {
   record.error = 0;
   record.echo.clear();
   record.status.clear();
   record.body.clear();
   if (!readEcho(record)) return fail(record, cSCIPError::ETIMEOUT_ECHO);
-  if (!readLine()) return fail(record, cSCIPError::ETIMEOUT_STAT);
+  if (!readLine(buffer.data())) return fail(record, cSCIPError::ETIMEOUT_STAT);
   record.status = line;
   if (!readBody(record)) return fail(record, cSCIPError::ETIMEOUT_BODY);
   return true;
@@ -24,7 +17,7 @@ bool cSCIPRecordReader::read(cSCIPRecord& record) {
 
 bool cSCIPRecordReader::readEcho(cSCIPRecord& record) {
   do {
-    if (!readLine()) return false;
+    if (!readLine(buffer.data())) return false;
   } while (line.empty());
   record.time = boost::posix_time::microsec_clock::local_time();
   record.echo = line;
@@ -32,22 +25,24 @@ bool cSCIPRecordReader::readEcho(cSCIPRecord& record) {
 }
 
 bool cSCIPRecordReader::readBody(cSCIPRecord& record) {
-  record.body.reserve(BODY_RESERVE);
-  for (;;) {
-    if (!readLine()) return false;
-    if (line.empty()) return true;
-    record.body += line;
-    record.body += cTarvoLink::REC_EOL;
+  char* end = buffer.data();
+  bool isRead;
+  while ((isRead = readLine(end)) && !line.empty()) {
+    end += line.size();
+    *end++ = cTarvoLink::REC_EOL[0];
   }
+  record.body.assign(buffer.data(), end);
+  return isRead;
 }
 
-bool cSCIPRecordReader::readLine() {
-  stream.getline(buffer.data(), static_cast<std::streamsize>(buffer.size()), '\n');
+/// Reads a line to `to`, within `buffer`.
+bool cSCIPRecordReader::readLine(char* to) {
+  stream.getline(to, LINE_LIMIT + 1, '\n');
   std::size_t length = static_cast<std::size_t>(stream.gcount());
   received += length;
   if (stream.fail() || received > RECORD_LIMIT) return false;
   if (!stream.eof()) --length;  // the line feed, counted but not stored
-  line = std::string_view(buffer.data(), length);
+  line = std::string_view(to, length);
   return true;
 }
 

@@ -33,11 +33,12 @@ class TARVOLINK_API cSCIPRecordReader {
  private:
   bool readEcho(cSCIPRecord& record);
   bool readBody(cSCIPRecord& record);
-  bool readLine();
+  bool readLine(char* to);
   bool fail(cSCIPRecord& record, int error);
 
   std::istream& stream;
   std::size_t received = 0;
-  std::array<char, LINE_LIMIT + 1> buffer;
+  // The body is gathered here, so that it is copied once; room for the line that goes too far.
+  std::array<char, RECORD_LIMIT + LINE_LIMIT + 1> buffer;
   std::string_view line;
 };
