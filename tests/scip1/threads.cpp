@@ -67,14 +67,11 @@ TEST(Scip1Threads, TenThousandScansInATightLoop) {
   rig.scip2().startScan(0, 1, 1, 0, 0, 0);
   for (int number = 0; number < SCANS; ++number) {
     boost::shared_ptr<cScan> scan;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!scan && std::chrono::steady_clock::now() < deadline) {
-      if (rig.scip2().getScanNum() == 0) {
-        std::this_thread::yield();
-        continue;
+    do {
+      if (rig.scip2().getScanNum() > 0) {
+        scan = number % 3 == 0 ? rig.scip2().getScanFirst(0) : rig.scip2().getScanFirst();
       }
-      scan = number % 3 == 0 ? rig.scip2().getScanFirst(0) : rig.scip2().getScanFirst();
-    }
+    } while (!scan && rig.scip2().waitScan(20000));
     ASSERT_TRUE(scan) << number;
     ASSERT_EQ(numberOf(*scan), number);
     rig.sensor.addAnswer();
