@@ -20,6 +20,14 @@ void cFloorReader::take() {
   }
 }
 
+cThreadedFloorReader::cThreadedFloorReader(const std::string& path)
+    : cFloorReader(path), sleeper([this] { ending.get_future().wait(); }) {}
+
+cThreadedFloorReader::~cThreadedFloorReader() {
+  ending.set_value();
+  sleeper.join();
+}
+
 cBlockReader::cBlockReader(const std::string& path) : tty(openRaw(path)) {
   writeScanCommand(tty.get());
   pending.erase(0, awaitRecord());  // the acknowledgement

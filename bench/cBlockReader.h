@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <future>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "bench/cTty.h"
@@ -19,6 +21,18 @@ class cFloorReader : public iReader {
   std::array<char, 12> buffer;
   std::size_t filled = 0;
   std::size_t at = 0;
+};
+
+/// The same floor while a second thread of the process sleeps: from then on the kernel counts the
+/// users of a descriptor at each call, which a library with a thread of its own cannot avoid.
+class cThreadedFloorReader : public cFloorReader {
+ public:
+  explicit cThreadedFloorReader(const std::string& path);
+  ~cThreadedFloorReader() override;
+
+ private:
+  std::promise<void> ending;
+  std::thread sleeper;
 };
 
 /// poll and read of up to 4096 bytes, as much as a tty keeps, and plain decoding.

@@ -58,11 +58,11 @@ void cReport::print() const {
 void cReport::printReaders() const {
   if (readers.empty()) return;
   fmt::print("\n{:<28}", "");
-  for (const auto& reader : readers.items()) fmt::print(" {:>10}", reader.key());
+  for (const auto& reader : readers.items()) fmt::print(" {:>11}", reader.key());
   for (const auto& quantity : readers.front().items()) {
     fmt::print("\n{:<28}", quantity.key());
     for (const auto& reader : readers) {
-      fmt::print(" {:>10.1f}", reader.value(quantity.key(), 0.0));
+      fmt::print(" {:>11.1f}", reader.value(quantity.key(), 0.0));
     }
   }
   fmt::print("\n");

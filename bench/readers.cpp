@@ -18,8 +18,11 @@ cReaderKind kind(const char* name, tArguments... arguments) {
 
 const std::vector<cReaderKind>& readerKinds() {
   static const std::vector<cReaderKind> kinds = {
-      kind<cDriverReader>("library"),  kind<cFloorReader>("f12"),
-      kind<cAsioSomeReader>("asio12"), kind<cAsioUntilReader>("asio_until"),
+      kind<cDriverReader>("library"),
+      kind<cFloorReader>("f12"),
+      kind<cThreadedFloorReader>("f12_threads"),
+      kind<cAsioSomeReader>("asio12"),
+      kind<cAsioUntilReader>("asio_until"),
       kind<cBlockReader>("read4096"),
   };
   return kinds;
