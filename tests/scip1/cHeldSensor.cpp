@@ -40,6 +40,17 @@ void cHeldSensor::unscript(const std::string& prefix) {
   scripts.erase(prefix);
 }
 
+void cHeldSensor::unplug() {
+  std::size_t before = 0;
+  {
+    std::lock_guard<std::mutex> lock(mutex);
+    refusesScans = true;
+    before = countCommands("G");
+  }
+  hears("G", before + 2);
+  sensor->unplug();
+}
+
 void cHeldSensor::letGo(int count) {
   std::lock_guard<std::mutex> lock(mutex);
   answersLeft = count;
@@ -78,7 +89,8 @@ std::string cHeldSensor::getAnswer(const std::string& command) {
   for (const auto& [prefix, bytes] : scripts) {
     if (command.compare(0, prefix.size(), prefix) == 0) return bytes;
   }
-  return command[0] == 'G' ? getScan(command) : record(command, "0");
+  if (command[0] != 'G') return record(command, "0");
+  return refusesScans ? record(command, "1") : getScan(command);
 }
 
 std::string cHeldSensor::getScan(const std::string& command) {

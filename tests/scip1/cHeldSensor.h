@@ -22,7 +22,9 @@ class cHeldSensor {
   const std::string& getPath() const { return sensor->getPath(); }
   std::vector<std::string> getCommands() const { return sensor->getCommands(); }
   void say(const std::string& bytes) { sensor->say(bytes); }
-  void unplug() { sensor->unplug(); }
+  /// Pulls the cable while scans are asked for, but not within a scan's answer: half of one would
+  /// end the process. The scans before it are refused.
+  void unplug();
 
   /// Says `bytes` to commands that begin with `prefix`.
   void script(const std::string& prefix, const std::string& bytes);
@@ -51,6 +53,7 @@ class cHeldSensor {
   std::map<std::string, std::string> scripts;
   int answersLeft = -1;  // below 0: no limit
   int scans = 0;
+  bool refusesScans = false;
   std::unique_ptr<cSimSensor> sensor;
 };
 
