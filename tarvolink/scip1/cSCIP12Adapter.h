@@ -86,7 +86,8 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
   int updateStatus() override;     ///< 0, does nothing
   /// Starts scanning steps `st` to `ed`, `sk` steps a point, every `ssk` tenths of a second,
   /// `count` + 1 scans, or, for 0, until stopped or until a scan fails. 1: asked for. 0: not, since
-  /// it is not idle. `mx` is only told on standard error.
+  /// it is not idle. After a stop or a counted end the worker first waits out the period under way.
+  /// `mx` is only told on standard error.
   int startScan(int st, int ed, int sk, int ssk, int count, int mx) override;
   /// Does not stop: while scanning it asks for the scanning state once more; 0. See `stopAll`.
   int abortScan() override;
@@ -105,7 +106,8 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
   /// Takes the next request, waiting for one, and serves it. Worker only.
   virtual void processRequest();
 
-  /// The scan period for `seconds`: the milliseconds of the exact product with 1000, truncated.
+  /// The scan period for `seconds` (0 and above): the milliseconds of the exact product with 1000,
+  /// truncated.
   static std::int64_t toMilliseconds(double seconds);
 
  protected:
