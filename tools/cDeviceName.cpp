@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "tools/cFailure.h"
+#include "tools/cSerialDevice.h"
 
 namespace tool {
 
@@ -29,9 +30,11 @@ const std::map<std::string, eSimDialect>& simDialects() {
   return dialects;
 }
 
-cDeviceName::cDeviceName(const std::string& device)
-    : text(device), simulated(text.empty() || text.rfind(SIM_PREFIX, 0) == 0) {
-  if (!simulated || isDefault()) return;
+cDeviceName::cDeviceName(const cDeviceWish& wish)
+    : text(wish.device.empty() ? defaultDevice() : wish.device),
+      speed(wish.speed),
+      simulated(text.rfind(SIM_PREFIX, 0) == 0) {
+  if (!simulated) return;
   std::istringstream words(text.substr(SIM_PREFIX.size()));
   for (std::string word; std::getline(words, word, ',');) choose(word);
 }

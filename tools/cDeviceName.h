@@ -12,19 +12,27 @@ namespace tool {
 const std::map<std::string, eSimModel>& simModels();
 const std::map<std::string, eSimDialect>& simDialects();
 
+/// Where the user says that the sensor is.
+struct cDeviceWish {
+  std::string device;  ///< "": the default one
+  int speed = 0;       ///< the line speed to look at, bits per second; 0: the usual ones
+};
+
 /// What DEVICE names: a tty, or a simulated sensor inside the process as "sim:" [model]
 /// ["," dialect], such as "sim:long" or "sim:short,scip1".
 class cDeviceName {
  public:
-  /// Reads `device`; "" is the default device, "sim:". Throws `cFailure` for a model or dialect
-  /// that does not exist. Nothing is opened.
-  explicit cDeviceName(const std::string& device);
+  /// Reads `wish`; see `defaultDevice` for none. Throws `cFailure` for a model or dialect that
+  /// does not exist. Nothing is opened.
+  explicit cDeviceName(const cDeviceWish& wish);
 
   bool isSimulated() const { return simulated; }
-  bool isDefault() const { return text.empty(); }
 
   /// The name as messages have it: the path, or "sim:...".
-  std::string getText() const { return isDefault() ? "sim:" : text; }
+  const std::string& getText() const { return text; }
+
+  /// The only line speed to look at, bits per second; 0: the usual ones.
+  int getSpeed() const { return speed; }
 
   /// How to make the simulated sensor; defaults for what was not named.
   const cSimSetting& getSetting() const { return setting; }
@@ -33,6 +41,7 @@ class cDeviceName {
   void choose(const std::string& word);
 
   const std::string text;
+  const int speed;
   const bool simulated;
   cSimSetting setting;
 };

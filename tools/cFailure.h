@@ -25,6 +25,13 @@ class cFailure : public std::runtime_error {
   const eExit status;
 };
 
+/// One of the device's or the sensor's, which may be over by itself later: what `--reconnect`
+/// waits out.
+class cPassingFailure : public cFailure {
+ public:
+  using cFailure::cFailure;
+};
+
 }  // namespace tool
 
 #endif

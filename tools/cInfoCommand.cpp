@@ -7,6 +7,7 @@
 
 #include "tools/cOutput.h"
 #include "tools/cSensor.h"
+#include "tools/deviceOptions.h"
 #include "tools/printable.h"
 
 namespace tool {
@@ -21,6 +22,11 @@ struct cFact {
   const char* unit;
 };
 
+/// A number that is 0 where the sensor has not told it.
+nlohmann::ordered_json told(int number) {
+  return number == 0 ? nlohmann::ordered_json() : nlohmann::ordered_json(number);
+}
+
 std::vector<cFact> factsOf(const std::string& device, const cSensor& sensor) {
   const cSensorDriver& info = sensor.info();
   return {{"Device", "device", device, ""},
@@ -30,25 +36,27 @@ std::vector<cFact> factsOf(const std::string& device, const cSensor& sensor) {
           {"Protocol", "protocol", info.getProt(), ""},
           {"Serial number", "serial", info.getSerial(), ""},
           {"Status", "status", info.getStatus(), ""},
+          {"Dialect", "dialect", sensor.getDialect(), ""},
           {"First step", "first_step", info.getMinSpot(), ""},
           {"Last step", "last_step", info.getMaxSpot(), ""},
           {"Front step", "front_step", info.getFrontSpot(), ""},
           {"Shortest distance", "min_distance_mm", info.getMinDist(), " mm"},
           {"Longest distance", "max_distance_mm", info.getMaxDist(), " mm"},
           {"Steps per turn", "steps_per_turn", info.getNumSpot(), ""},
-          {"Speed", "speed_rpm", info.getScanSpeed(), " rpm"},
+          {"Speed", "speed_rpm", told(info.getScanSpeed()), " rpm"},
           {"Line speed found", "line_speed_bps", sensor.getLineSpeed(), " bits/s"}};
 }
 
-std::string toldOf(const nlohmann::ordered_json& value) {
-  const std::string text = value.is_string() ? printable(value.get<std::string>()) : value.dump();
-  return text.empty() ? "(not told)" : text;
+std::string toText(const cFact& fact) {
+  if (fact.value.is_null() || fact.value == "") return "(not told)";
+  const bool isText = fact.value.is_string();
+  return (isText ? printable(fact.value.get<std::string>()) : fact.value.dump()) + fact.unit;
 }
 
 std::string toText(const std::vector<cFact>& facts) {
   std::string text;
   for (const cFact& fact : facts) {
-    text += fmt::format("{:<18} {}{}\n", fact.label, toldOf(fact.value), fact.unit);
+    text += fmt::format("{:<18} {}\n", fact.label, toText(fact));
   }
   return text;
 }
@@ -64,13 +72,12 @@ std::string toJson(const std::vector<cFact>& facts) {
 
 cInfoCommand::cInfoCommand(CLI::App& app)
     : iCommand(app.add_subcommand("info", "Show what a sensor tells of itself")) {
-  declaration->add_option("DEVICE", device,
-                          "A tty, or sim:[short|middle|long] for a simulated sensor (the default)");
+  addDeviceOptions(*declaration, wish);
   declaration->add_flag("--json", json, "One JSON object instead of lines");
 }
 
 void cInfoCommand::run() {
-  const cDeviceName name(device);
+  const cDeviceName name(wish);
   cStop stop;
   cOutput output("", stop);
   const cSensor sensor(name, stop);

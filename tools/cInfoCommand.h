@@ -1,8 +1,7 @@
 #ifndef TARVOLINK_TOOLS_CINFOCOMMAND_H
 #define TARVOLINK_TOOLS_CINFOCOMMAND_H
 
-#include <string>
-
+#include "tools/cDeviceName.h"
 #include "tools/iCommand.h"
 
 namespace tool {
@@ -15,7 +14,7 @@ class cInfoCommand : public iCommand {
   void run() override;
 
  private:
-  std::string device;
+  cDeviceWish wish;
   bool json = false;
 };
 

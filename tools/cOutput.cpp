@@ -3,14 +3,15 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstring>
 
 #include "tools/cFailure.h"
+#include "tools/replaceFile.h"
 
 namespace tool {
 
@@ -25,33 +26,51 @@ int takeStandardOutput() {
   return fd;
 }
 
-int openData(const std::string& file) {
+/// Pipes and devices are written to as they are.
+bool isToReplace(const std::string& file) {
+  struct stat older {};
+  if (file.empty()) return false;
+  return stat(file.c_str(), &older) != 0 || S_ISREG(older.st_mode) || S_ISDIR(older.st_mode);
+}
+
+int openDirect(const std::string& file, bool isReplacing) {
+  const int given =
+      file.empty() || isReplacing ? -1 : open(file.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
+  const int error = errno;
   const int standardOutput = takeStandardOutput();
   if (file.empty()) return standardOutput;
   close(standardOutput);
-  return open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOCTTY | O_CLOEXEC, 0666);
+  errno = error;
+  return given;
 }
 
 }  // namespace
 
-cOutput::cOutput(const std::string& file, const cStop& ender)
-    : stop(ender), name(file.empty() ? "standard output" : file), fd(openData(file)) {
-  if (fd < 0) fail();
+cOutput::cOutput(const std::string& path, const cStop& ender)
+    : stop(ender),
+      name(path.empty() ? "standard output" : path),
+      isReplacing(isToReplace(path)),
+      direct(openDirect(path, isReplacing)) {
+  if (isReplacing) {
+    checkReplaceable(name);
+  } else if (direct.get() < 0) {
+    fail();
+  }
 }
 
-cOutput::~cOutput() { close(fd); }
-
 void cOutput::write(std::string_view text) {
+  if (isReplacing && !file) file = std::make_unique<cFileBeside>(name);
   while (!text.empty() && !over) {
-    if (!waitWritable()) {
+    if (waitFor(POLL_MS) == 0) {
       over = stop.isRequested();
       continue;
     }
     // A pipe that is ready takes PIPE_BUF bytes without blocking, and no more for certain.
-    const ssize_t written = ::write(fd, text.data(), std::min<std::size_t>(text.size(), PIPE_BUF));
+    const ssize_t written =
+        ::write(getDescriptor(), text.data(), std::min<std::size_t>(text.size(), PIPE_BUF));
     if (written >= 0) {
       text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno == EPIPE || (errno == EIO && isHungUp())) {
+    } else if (errno == EPIPE || (errno == EIO && (waitFor(0) & POLLHUP) != 0)) {
       over = true;
     } else if (errno != EINTR && errno != EAGAIN) {
       fail();
@@ -59,23 +78,26 @@ void cOutput::write(std::string_view text) {
   }
 }
 
-bool cOutput::isTerminal() const { return isatty(fd) != 0; }
-
-bool cOutput::isHungUp() const {
-  pollfd descriptor{fd, POLLOUT, 0};
-  return poll(&descriptor, 1, 0) > 0 && (descriptor.revents & POLLHUP) != 0;
+void cOutput::finish() {
+  if (file) file->takePlace();
 }
 
-bool cOutput::waitWritable() const {
-  pollfd descriptor{fd, POLLOUT, 0};
-  return poll(&descriptor, 1, POLL_MS) > 0;
+bool cOutput::isTerminal() const { return isatty(getDescriptor()) != 0; }
+
+int cOutput::getDescriptor() const { return file ? file->getDescriptor() : direct.get(); }
+
+bool cOutput::isOver() {
+  // A pipe's writing end shows POLLERR once nobody reads it any more, also between two writes.
+  if (!over && !isReplacing) over = (waitFor(0) & (POLLERR | POLLHUP)) != 0;
+  return over;
 }
 
-void cOutput::fail() const {
-  throw cFailure(eExit::BAD_INPUT,
-                 fmt::format("cannot write to {}: {}. Give a file in a folder that you may write "
-                             "to and that has room (-o FILE).",
-                             name, std::strerror(errno)));
+/// What holds of the descriptor at once, or after waiting for room; 0: nothing yet.
+short cOutput::waitFor(int milliseconds) const {
+  pollfd descriptor{getDescriptor(), POLLOUT, 0};
+  return poll(&descriptor, 1, milliseconds) > 0 ? descriptor.revents : short(0);
 }
+
+void cOutput::fail() const { failToWrite(name, errno); }
 
 }  // namespace tool

@@ -1,9 +1,12 @@
 #ifndef TARVOLINK_TOOLS_COUTPUT_H
 #define TARVOLINK_TOOLS_COUTPUT_H
 
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "tools/cDescriptor.h"
+#include "tools/cFileBeside.h"
 #include "tools/cStop.h"
 
 namespace tool {
@@ -12,38 +15,51 @@ namespace tool {
 ///
 /// From its construction on, whatever else the process writes to standard output (the library
 /// says there that nothing answers) goes to standard error instead, for good. Nothing is
-/// buffered: what was written is there even if the process is ended.
+/// buffered: what was written is there even if the process is ended. A regular file is written
+/// beside the older one, and takes its place when it is finished.
 class cOutput {
  public:
-  /// Opens `file`, emptied; "" is standard output. `ender` tells when to give up a reader who
-  /// takes nothing. Throws `cFailure` when it cannot be opened.
+  /// Looks whether `file` can be written; "" is standard output. `ender` tells when to give up a
+  /// reader who takes nothing. Throws `cFailure` when it cannot; what is there is untouched.
   cOutput(const std::string& file, const cStop& ender);
   cOutput(const cOutput&) = delete;
   cOutput& operator=(const cOutput&) = delete;
-  ~cOutput();
 
   /// Writes all of `text`. Once the reader has closed its end (EPIPE, or EIO of a terminal), or
   /// when a stop is requested while the reader takes nothing, the rest is given up: see `isOver`.
   /// Throws `cFailure` on any other error.
   void write(std::string_view text);
 
+  /// Puts a file in its place; nothing may be written afterwards. Throws `cFailure` when it cannot.
+  void finish();
+
+  /// Where a file is until it is finished; "" when there is none.
+  std::string getUnfinished() const { return file ? file->getName() : ""; }
+
+  /// Leaves an unfinished file there instead of removing it.
+  void keepUnfinished() {
+    if (file) file->keep();
+  }
+
   /// True when it is a terminal.
   bool isTerminal() const;
 
   /// The descriptor that is written to, for what terminals are asked besides. Its owner is this.
-  int getDescriptor() const { return fd; }
+  int getDescriptor() const;
 
   /// True when nobody takes the data any more: a normal end for the program.
-  bool isOver() const { return over; }
+  bool isOver();
 
  private:
-  bool isHungUp() const;
-  bool waitWritable() const;
+  short waitFor(int milliseconds) const;
   [[noreturn]] void fail() const;
 
   const cStop& stop;
   const std::string name;
-  int fd;
+  const bool isReplacing;
+  const cDescriptor direct;  // -1 when a file is to be replaced
+  std::unique_ptr<cFileBeside>
+      file;  // from the first write on, or no failed search would leave one
   bool over = false;
 };
 

@@ -2,71 +2,134 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <poll.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
-#include <unistd.h>
+#include <termios.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <thread>
 
+#include "tools/cAccess.h"
 #include "tools/cFailure.h"
+#include "tools/holders.h"
 
 namespace tool {
 
 namespace {
 
+// A program that has just ended, or that has found this one's lock, is off the port soon.
+constexpr int FREE_TRIES = 5;
+constexpr std::chrono::milliseconds FREE_PAUSE{50};
+
 int openTerminal() { return open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC); }
 
-bool hasTerminal() {
-  const int fd = openTerminal();
-  if (fd >= 0) close(fd);
-  return fd >= 0;
-}
+bool hasTerminal() { return cDescriptor(openTerminal()).get() >= 0; }
 
-std::string cureFor(int error) {
+std::string cureFor(const std::string& path, int error) {
   switch (error) {
     case ENOENT:
     case ENXIO:
     case ENODEV:
-      return "Is the sensor plugged in? Serial devices are /dev/ttyACM* and /dev/ttyUSB*; 'sim:' "
-             "is a simulated sensor.";
+    case EIO:
+      return "Is the sensor plugged in? 'tarvolink list' shows the serial devices of this machine; "
+             "'sim:' is a simulated sensor.";
     case EACCES:
+      return cAccess(path).getCure();
     case EPERM:
-      return "You need to be in the group that owns it (ls -l shows the group; sudo adduser $USER "
-             "GROUP, then log in again).";
+      return "This container or sandbox was not given the device: start it with it.";
     case EBUSY:
-      return "Another process holds it.";
+      return fmt::format("It is held by {}. End that program first.",
+                         holdersOf(path).empty() ? "another process" : toText(holdersOf(path)));
     default:
-      return "Give the path of a serial device.";
+      return "Give the path of a serial device; 'tarvolink list' shows those of this machine.";
   }
 }
 
 [[noreturn]] void fail(const std::string& path, int error) {
-  throw cFailure(eExit::BAD_INPUT,
-                 fmt::format("cannot open {}: {}. {}", path, std::strerror(error), cureFor(error)));
+  throw cPassingFailure(eExit::BAD_INPUT, fmt::format("cannot open {}: {}. {}", path,
+                                                      std::strerror(error), cureFor(path, error)));
 }
 
 int openPort(const std::string& path) {
+  // Without O_NONBLOCK the open would wait for a carrier that many cables have no wire for.
   const int fd = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
   if (fd < 0) fail(path, errno);
-  if (isatty(fd) == 0) {
-    close(fd);
-    fail(path, ENOTTY);
-  }
   return fd;
+}
+
+bool isAnswered(const std::string& heard) {
+  const std::size_t begin = heard.find_first_not_of('\n');
+  return begin != std::string::npos && heard.find("\n\n", begin) != std::string::npos;
 }
 
 }  // namespace
 
-cPort::cPort(const std::string& path) : hadTerminal(hasTerminal()), fd(openPort(path)) {}
+cPort::cPort(const std::string& path) : name(path), hadTerminal(hasTerminal()), fd(openPort(path)) {
+  if (isatty(fd.get()) == 0) fail(path, ENOTTY);
+  requireFree();
+  putRight();
+}
 
-cPort::~cPort() { close(fd); }
+void cPort::requireFree() const {
+  const bool isLocked = flock(fd.get(), LOCK_EX | LOCK_NB) == 0;
+  auto holders = holdersOf(name);
+  for (int i = 0; isLocked && !holders.empty() && i < FREE_TRIES; ++i) {
+    std::this_thread::sleep_for(FREE_PAUSE);
+    holders = holdersOf(name);
+  }
+  if (isLocked && holders.empty()) return;
+  throw cPassingFailure(
+      eExit::BAD_INPUT,
+      fmt::format("{} is in use by {}. Two programs on one port get parts of each other's answers: "
+                  "end the other one first.",
+                  name, holders.empty() ? "another process" : toText(holders)));
+}
+
+void cPort::putRight() const {
+  termios line;
+  if (tcgetattr(fd.get(), &line) != 0) fail(name, errno);
+  cfmakeraw(&line);  // 8 bits, no parity, nothing translated, no XON/XOFF on output
+  line.c_iflag &= ~static_cast<tcflag_t>(IXOFF | IXANY | IUCLC | INPCK);
+  line.c_cflag &= ~static_cast<tcflag_t>(PARODD | CMSPAR);
+  line.c_cflag |= CLOCAL | CREAD;
+  line.c_lflag &= ~static_cast<tcflag_t>(TOSTOP);
+  line.c_cc[VMIN] = 1;
+  line.c_cc[VTIME] = 0;
+  if (tcsetattr(fd.get(), TCSANOW, &line) != 0) fail(name, errno);
+  tcflow(fd.get(), TCOON);  // output that an XOFF has stopped
+}
 
 void cPort::giveBackTerminal() const {
   if (hadTerminal) return;
-  const int terminal = openTerminal();
-  if (terminal < 0) return;
-  ioctl(terminal, TIOCNOTTY);
-  close(terminal);
+  const cDescriptor terminal(openTerminal());
+  if (terminal.get() >= 0) ioctl(terminal.get(), TIOCNOTTY);
+}
+
+bool cPort::isGone() const {
+  pollfd device{fd.get(), 0, 0};
+  return poll(&device, 1, 0) > 0 && (device.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+}
+
+std::string cPort::ask(const std::string& question) const {
+  using cClock = std::chrono::steady_clock;
+  tcflush(fd.get(), TCIFLUSH);
+  if (write(fd.get(), question.data(), question.size()) < 0) return "";
+  const auto deadline = cClock::now() + std::chrono::milliseconds(MOST_MS);
+  std::string heard;
+  while (heard.size() < MOST && !isAnswered(heard)) {
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - cClock::now()).count();
+    pollfd input{fd.get(), POLLIN, 0};
+    if (left <= 0 || poll(&input, 1, static_cast<int>(left)) == 0) break;
+    char buffer[256];
+    const ssize_t got = read(fd.get(), buffer, sizeof buffer);
+    if (got == 0 || (got < 0 && errno != EINTR && errno != EAGAIN)) break;
+    if (got > 0) heard.append(buffer, static_cast<std::size_t>(got));
+  }
+  return heard;
 }
 
 }  // namespace tool

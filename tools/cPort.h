@@ -3,28 +3,47 @@
 
 #include <string>
 
+#include "tools/cDescriptor.h"
+
 namespace tool {
 
 /// The program's own descriptor on a tty, held while the library drives the port through
-/// another: the device is checked before anything is sent, and the line does not hang up in
-/// between.
+/// another: the device is checked and its line put right before anything is sent, other programs
+/// that look are kept off, and the line does not hang up in between.
 class cPort {
  public:
-  /// Opens the tty at `path` without blocking and without becoming its session's leader.
-  /// Throws `cFailure` when it is missing, may not be opened, is busy or is no terminal.
+  /// Opens the tty at `path` without waiting for a carrier and without making it the process's
+  /// terminal, locks it (flock(2)), and sets what the library takes as it finds it: receiver on,
+  /// no modem lines, no parity, no translation of line ends, no software flow control. Throws
+  /// `cPassingFailure` when it is missing, may not be opened, is no terminal or another process
+  /// has it; nothing was sent or set then.
   explicit cPort(const std::string& path);
   cPort(const cPort&) = delete;
   cPort& operator=(const cPort&) = delete;
-  ~cPort();
 
   /// Gives back the controlling terminal that the library's open(2) has made of the port in a
   /// process that leads a session and had none (setsid, a container's first process). Else a
   /// pulled cable would end the process by SIGHUP. Call it right after that open.
   void giveBackTerminal() const;
 
+  /// True once the device is gone: unplugged, its driver removed.
+  bool isGone() const;
+
+  /// What it says within `MOST_MS` when `question` is sent, up to `MOST` characters: until an
+  /// empty line after others ends an answer. Forgets what waited before. Only while nobody else
+  /// reads the port.
+  std::string ask(const std::string& question) const;
+
+  static constexpr int MOST_MS = 300;
+  static constexpr std::size_t MOST = 4096;
+
  private:
+  void requireFree() const;
+  void putRight() const;
+
+  const std::string name;
   const bool hadTerminal;
-  const int fd;
+  const cDescriptor fd;
 };
 
 }  // namespace tool

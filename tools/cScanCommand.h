@@ -3,11 +3,8 @@
 
 #include <string>
 
-#include "tools/cOutput.h"
-#include "tools/cRateMeter.h"
-#include "tools/cScanRun.h"
+#include "tools/cScanJob.h"
 #include "tools/iCommand.h"
-#include "tools/iScanFormat.h"
 
 namespace tool {
 
@@ -20,16 +17,7 @@ class cScanCommand : public iCommand {
   void run() override;
 
  private:
-  boost::shared_ptr<cScan> take(cScanRun& scans, const iScanFormat& rows, cOutput& output,
-                                cRateMeter& meter) const;
-  void draw(const cScan& scan, const cScanRange& range, const cSensor& sensor) const;
-
-  std::string device;
-  int wanted = 1;  // 0: until stopped
-  cScanWish wish;
-  eScanFormat format = eScanFormat::TABLE;
-  std::string file;
-  std::string plot;  // "": none
+  cScanOrder order;
 };
 
 }  // namespace tool

@@ -20,6 +20,8 @@ constexpr int MAX_SHORT_FORM = 4095;  // up to here distances come in two charac
 constexpr std::size_t READINGS_A_TURN = 64;
 constexpr std::size_t UNREADABLE = 43;
 
+constexpr int WIDE_FORM = 4;  // the protocol number of three characters a distance in SCIP 1.x
+
 void requireWithin(const char* name, int value, int lowest, int highest) {
   if (value >= lowest && value <= highest) return;
   throw cFailure(eExit::BAD_INPUT,
@@ -46,32 +48,46 @@ void cScanWish::check() const {
   }
 }
 
-cScanRange::cScanRange(const cScanWish& wish, const cSensorDriver& sensor)
-    : first(wish.first.value_or(sensor.getMinSpot())),
-      last(wish.last.value_or(sensor.getMaxSpot())),
+cScanRange::cScanRange(const cScanWish& wish, const cSensor& sensor)
+    : isOld(sensor.isOld()),
+      first(wish.first.value_or(sensor.info().getMinSpot())),
+      last(wish.last.value_or(sensor.info().getMaxSpot())),
       cluster(std::max(wish.cluster, 1)),  // 0 and 1 ask for the same; 0 would make every angle one
       interval(wish.interval),
-      minDistance(sensor.getMinDist()),
-      maxDistance(wish.maxDistance.value_or(sensor.getMaxDist())),
-      turnsPerMinute(sensor.getScanSpeed()) {
-  checkSteps(sensor);
+      minDistance(sensor.info().getMinDist()),
+      maxDistance(wish.maxDistance.value_or(sensor.info().getMaxDist())),
+      turnsPerMinute(sensor.info().getScanSpeed()) {
+  checkForm(sensor);
+  checkSteps(sensor.info());
   checkLastLine();
+}
+
+void cScanRange::checkForm(const cSensor& sensor) const {
+  const std::string form = cSensorDriverManager::protoId[WIDE_FORM];
+  if (!isOld || sensor.info().getProt().rfind(form, 0) != 0) return;
+  throw cFailure(
+      eExit::BAD_INPUT,
+      fmt::format("the sensor's protocol is {}: scans with distances of three characters "
+                  "in SCIP 1.x cannot be taken apart here. 'tarvolink info' works; for "
+                  "scans use a sensor of another protocol.",
+                  form));
 }
 
 void cScanRange::checkSteps(const cSensorDriver& sensor) const {
   const int lowest = sensor.getMinSpot();
   const int highest = sensor.getMaxSpot();
   if (sensor.getNumSpot() <= 0 || highest <= lowest || maxDistance <= 0) {
-    throw cFailure(eExit::BAD_INPUT,
-                   "the sensor answers, but not when it is asked for its parameters (PP), and "
-                   "without them its scans have no angles. Switch it off and on and try again.");
+    throw cPassingFailure(
+        eExit::BAD_INPUT,
+        "the sensor answers, but not when it is asked for its parameters (PP), and "
+        "without them its scans have no angles. Switch it off and on and try again.");
   }
   requireWithin("--first", first, lowest, highest);
   requireWithin("--last", last, first, highest);
 }
 
 void cScanRange::checkLastLine() const {
-  if (maxDistance <= MAX_SHORT_FORM || getPoints() % READINGS_A_TURN != UNREADABLE) return;
+  if (isOld || maxDistance <= MAX_SHORT_FORM || getPoints() % READINGS_A_TURN != UNREADABLE) return;
   throw cFailure(eExit::BAD_INPUT,
                  fmt::format("{} readings of up to {} mm cannot be received: the last line of such "
                              "a scan is too short to be checked. Ask for one step more or fewer "
@@ -85,7 +101,8 @@ std::size_t cScanRange::getPoints() const {
 
 int cScanRange::start(iSCIP2IF& scanner) const {
   constexpr int ENDLESS = 0;
-  return scanner.startScan(first, last, cluster, interval, ENDLESS, maxDistance);
+  const int pause = isOld ? getTenths() : interval;
+  return scanner.startScan(first, last, cluster, pause, ENDLESS, maxDistance);
 }
 
 bool cScanRange::isValid(double distance) const {
@@ -100,7 +117,12 @@ cScan cScanRange::readingsOf(const cScan& scan) const {
   return readings;
 }
 
+/// What a SCIP 1.x sensor is to be asked at, in tenths of a second: it makes one turn in that time,
+/// and an answer carries the turn under way. 0: as fast as it answers.
+int cScanRange::getTenths() const { return interval == 0 ? 0 : interval + 1; }
+
 double cScanRange::getPeriod() const {
+  if (isOld) return getTenths() / 10.0;
   return turnsPerMinute > 0 ? 60.0 / turnsPerMinute * (interval + 1) : 0;
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "tarvolink/tarvolink.h"
+#include "tools/cSensor.h"
 
 namespace tool {
 
@@ -26,7 +27,7 @@ class cScanRange {
  public:
   /// Completes `wish` from `sensor`'s parameters. Throws `cFailure` when the sensor has not told
   /// them, the range lies outside of them, or its answer could not be read.
-  cScanRange(const cScanWish& wish, const cSensorDriver& sensor);
+  cScanRange(const cScanWish& wish, const cSensor& sensor);
 
   /// The number of points that a scan has; a partial last cluster counts as one.
   std::size_t getPoints() const;
@@ -40,13 +41,16 @@ class cScanRange {
   /// `scan` with only the points that are valid.
   cScan readingsOf(const cScan& scan) const;
 
-  /// Seconds between two scans, as the sensor turns; 0 when it does not tell.
+  /// Seconds between two scans, as the sensor turns or is asked; 0 when it does not tell.
   double getPeriod() const;
 
  private:
   void checkSteps(const cSensorDriver& sensor) const;
+  void checkForm(const cSensor& sensor) const;
   void checkLastLine() const;
+  int getTenths() const;
 
+  const bool isOld;
   const int first;
   const int last;
   const int cluster;

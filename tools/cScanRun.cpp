@@ -6,27 +6,34 @@
 #include <stdexcept>
 
 #include "tools/cFailure.h"
+#include "tools/printable.h"
 
 namespace tool {
 
 namespace {
 
 constexpr int START_TRIES = 3;  // the library gives a slow sensor 200 ms to acknowledge
-constexpr std::chrono::milliseconds WAIT{100};  // how soon a stop is noticed while no scan comes
 constexpr double LEAST_PATIENCE_S = 2;
 constexpr double PATIENCE_PERIODS = 3;
+constexpr std::size_t STATUS_SIZE = 2;  // without the sum that SCIP 2.0 adds
 
 }  // namespace
 
-cScanRun::cScanRun(const cSensor& sensor, const cScanRange& wanted, const cStop& ender)
-    : scanner(sensor.scanner()),
+cScanRun::cScanRun(const cSensor& source, const cScanRange& wanted, const cStop& ender,
+                   cTally& counted)
+    : sensor(source),
+      scanner(sensor.scanner()),
       range(wanted),
       stop(ender),
+      tally(counted),
       patience(std::max(LEAST_PATIENCE_S, PATIENCE_PERIODS * range.getPeriod())) {
   start();
+  tally.isStarted = true;
+  droppedBefore = tally.dropped;
 }
 
 cScanRun::~cScanRun() {
+  if (sensor.isGone()) return;
   // Rules that hold on every dialect: stopAll first, then abortScan.
   scanner.stopAll();
   try {
@@ -42,33 +49,30 @@ void cScanRun::start() {
     scanner.stopAll();
   }
   if (stop.isRequested()) return;
-  throw cFailure(eExit::BAD_INPUT,
-                 "the sensor does not start scanning (its answer, if any, is above). Look at what "
-                 "'tarvolink info' says of its status, and switch it off and on.");
-}
-
-boost::shared_ptr<cScan> cScanRun::next() {
-  while (!stop.isRequested()) {
-    if (auto scan = nextWithin(WAIT)) return scan;
-  }
-  return {};
+  throw cPassingFailure(
+      eExit::BAD_INPUT,
+      "the sensor does not start scanning (its answer, if any, is above). Look at what "
+      "'tarvolink info' says of its status, and switch it off and on.");
 }
 
 boost::shared_ptr<cScan> cScanRun::nextWithin(std::chrono::milliseconds timeOut) {
   auto scan = takeGood();
   if (!scan) {
-    if (silence > patience) fail();
+    if (silence > patience || sensor.isGone()) fail();
     waitABit(timeOut);
     scan = takeGood();
   }
-  if (scan) silence = silence.zero();
+  if (scan) {
+    silence = silence.zero();
+    droppedBefore = tally.dropped;
+  }
   return scan;
 }
 
 boost::shared_ptr<cScan> cScanRun::takeGood() {
   while (auto scan = takeAny()) {
     if (scan->points.size() == range.getPoints()) return scan;
-    ++dropped;
+    ++tally.dropped;
   }
   return {};
 }
@@ -77,7 +81,7 @@ boost::shared_ptr<cScan> cScanRun::takeAny() {
   try {
     return scanner.getScanFirst();
   } catch (const std::out_of_range&) {
-    ++dropped;
+    ++tally.dropped;
     return {};
   }
 }
@@ -85,24 +89,44 @@ boost::shared_ptr<cScan> cScanRun::takeAny() {
 void cScanRun::waitABit(std::chrono::milliseconds timeOut) {
   const auto before = cClock::now();
   try {
-    scanner.waitScan(static_cast<int>(timeOut.count()));
+    const bool isAnswered = scanner.waitScan(static_cast<int>(timeOut.count()));
+    if (isAnswered && !scanner.isScanning()) goOn();
   } catch (const std::out_of_range&) {
-    ++dropped;
+    ++tally.dropped;
   }
+  const bool wasShort = silence < patience / 2;
   // A process that was stopped (Ctrl-Z) has not waited for the sensor all that time.
   silence += std::min<cClock::duration>(cClock::now() - before, 2 * timeOut);
+  if (wasShort && silence >= patience / 2) answeredHalfway = sensor.getLastRecord().time;
 }
 
-void cScanRun::fail() const {
+/// A SCIP 1.x scan ends by one answer that fails.
+void cScanRun::goOn() {
+  ++tally.dropped;
+  range.start(scanner);
+}
+
+void cScanRun::fail() const { throw cPassingFailure(eExit::SCANS_STOPPED, getTrouble()); }
+
+std::string cScanRun::getTrouble() const {
+  if (sensor.isGone()) {
+    return "the device has gone in the middle of a scan: unplugged, or without power. Look at its "
+           "plug.";
+  }
   const double waited = std::chrono::duration<double>(patience).count();
-  throw cFailure(
-      eExit::SCANS_STOPPED,
-      dropped == 0
-          ? fmt::format("no scan came for {:.0f} s. Is the sensor still plugged in and powered?",
-                        waited)
-          : fmt::format("no good scan came for {:.0f} s; {} were dropped so far, not being as "
-                        "asked for. Check the cable, or ask for fewer points (--cluster).",
-                        waited, dropped));
+  const cSCIPRecord last = sensor.getLastRecord();
+  if (tally.dropped == droppedBefore && last.time == answeredHalfway) {
+    return fmt::format(
+        "no scan came for {:.0f} s: the sensor says nothing any more, though its device is there. "
+        "Look at its power and its cable.",
+        waited);
+  }
+  return fmt::format(
+      "no good scan came for {:.0f} s, though the sensor sends something: {} were dropped so far, "
+      "and its latest answer has the status {}. Look at the cable and at what 'tarvolink info' "
+      "says "
+      "of the sensor's status, or ask for fewer points (--cluster).",
+      waited, tally.dropped, printable(last.status.substr(0, STATUS_SIZE)));
 }
 
 }  // namespace tool

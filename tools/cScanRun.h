@@ -2,33 +2,33 @@
 #define TARVOLINK_TOOLS_CSCANRUN_H
 
 #include <chrono>
+#include <string>
 
 #include "tools/cScanRange.h"
 #include "tools/cSensor.h"
 #include "tools/cStop.h"
+#include "tools/cTally.h"
 
 namespace tool {
 
 /// An endless scan on a sensor, from its start to its stop. Belongs to one thread.
 class cScanRun {
  public:
-  /// Starts scanning. Throws `cFailure` when the sensor refuses. All must outlive the run.
-  cScanRun(const cSensor& sensor, const cScanRange& wanted, const cStop& ender);
+  /// Starts scanning. Throws `cPassingFailure` when the sensor refuses. All must outlive the run.
+  cScanRun(const cSensor& source, const cScanRange& wanted, const cStop& ender, cTally& counted);
   cScanRun(const cScanRun&) = delete;
   cScanRun& operator=(const cScanRun&) = delete;
 
-  /// Stops the sensor ("QT") and waits for its answer, 4 s at most.
+  /// Stops the sensor ("QT") and waits for its answer, 4 s at most; not if it is gone.
   ~cScanRun();
 
-  /// Waits for the next good scan, in the order they came. Empty: a stop was requested. Throws
-  /// `cFailure` with `SCANS_STOPPED` when none comes for 2 s or three periods.
-  boost::shared_ptr<cScan> next();
-
-  /// The same, but waits `timeOut` at most; empty also when none came in that time.
+  /// The next good scan, in the order they came, waiting `timeOut` at most; empty when none came
+  /// in that time. Throws `cPassingFailure` with `SCANS_STOPPED` when the device is gone, or none
+  /// came for 2 s or three periods.
   boost::shared_ptr<cScan> nextWithin(std::chrono::milliseconds timeOut);
 
   /// Scans that came and were not handed out: not of the points asked for, or not to be decoded.
-  int getDropped() const { return dropped; }
+  int getDropped() const { return tally.dropped; }
 
  private:
   using cClock = std::chrono::steady_clock;
@@ -37,14 +37,19 @@ class cScanRun {
   boost::shared_ptr<cScan> takeGood();
   boost::shared_ptr<cScan> takeAny();
   void waitABit(std::chrono::milliseconds timeOut);
+  void goOn();
   [[noreturn]] void fail() const;
+  std::string getTrouble() const;
 
+  const cSensor& sensor;
   iSCIP2IF& scanner;
   const cScanRange& range;
   const cStop& stop;
+  cTally& tally;
   const std::chrono::duration<double> patience;
   std::chrono::duration<double> silence{0};  // waited since the last good scan
-  int dropped = 0;
+  int droppedBefore = 0;                     // until the last good scan
+  boost::posix_time::ptime answeredHalfway;  // of the latest response in half the patience
 };
 
 }  // namespace tool

@@ -6,7 +6,7 @@
 #include <functional>
 #include <stdexcept>
 
-#include "tools/cFailure.h"
+#include "tools/cSearch.h"
 #include "tools/notice.h"
 
 namespace tool {
@@ -17,8 +17,13 @@ constexpr int QUIETEN_TRIES = 5;  // what an earlier program left may fill the l
 constexpr int FETCH_TRIES = 3;
 
 std::unique_ptr<cSimSensor> simulate(const cDeviceName& device) {
-  if (device.isDefault()) notice("no DEVICE given, using the simulated sensor sim:");
   return device.isSimulated() ? std::make_unique<cSimSensor>(device.getSetting()) : nullptr;
+}
+
+boost::shared_ptr<kavTBX::cPortSetting> settingFor(const cDeviceName& device) {
+  auto setting = boost::make_shared<kavTBX::cPortSetting>();
+  if (device.getSpeed() != 0) setting->baudRate = device.getSpeed();
+  return setting;
 }
 
 /// Calls `command` until `isDone` holds, `tries` times at most. An answer that the library cannot
@@ -38,31 +43,45 @@ cSensor::cSensor(const cDeviceName& device, cStop& stop)
     : simulated(simulate(device)),
       path(simulated ? simulated->getPath() : device.getText()),
       port(path),
-      setting(boost::make_shared<kavTBX::cPortSetting>()) {
+      setting(settingFor(device)),
+      link(openLink()) {
   const cStop::cAtOnce nothingToStop(stop);
-  driver = find(device.getText());
+  driver = find(device, stop);
+  if (isOld()) guard.emplace();
+  scanning = driver->getSCIP2IF();
   quieten();
   fetchMissing();
 }
 
-boost::shared_ptr<cSensorDriver> cSensor::find(const std::string& name) const {
-  notice(fmt::format("looking for a sensor on {} (up to 62 s when nothing answers)", name));
+boost::shared_ptr<cTarvoLink> cSensor::openLink() const {
   const auto portbuf = boost::make_shared<kavTBX::basic_portbuf<char>>(path, setting);
   port.giveBackTerminal();
-  auto found = cSensorDriverManager::create(portbuf);
-  if (!found) {
-    throw cFailure(eExit::NO_SENSOR,
-                   fmt::format("no sensor answers on {}: 115200, 500000, 19200 and 57600 bits/s "
-                               "were tried three times each. Check its power and its cable, and "
-                               "that this is the right device and no other program uses it.",
-                               name));
+  return boost::make_shared<cTarvoLink>(portbuf);
+}
+
+boost::shared_ptr<cSensorDriver> cSensor::find(const cDeviceName& device, cStop& stop) const {
+  const std::string& name = device.getText();
+  if (device.getSpeed() != 0) {
+    notice(fmt::format("looking for a sensor on {} at {} bits/s", name, device.getSpeed()));
+    return cSearch(name, port, link, {device.getSpeed()}).run(stop);
   }
-  return found;
+  notice(fmt::format("looking for a sensor on {} (up to 64 s when nothing answers)", name));
+  return cSearch(name, port, link, cSearch::usualSpeeds()).run(stop);
+}
+
+bool cSensor::isOld() const {
+  return dynamic_cast<const cSensorDriverSCIP1*>(driver.get()) != nullptr;
 }
 
 std::string cSensor::getDialect() const {
-  const bool isOld = dynamic_cast<const cSensorDriverSCIP1*>(driver.get()) != nullptr;
-  return isOld ? "SCIP 1.x" : "SCIP 2.0";
+  if (isOld()) return "SCIP 1.x";
+  const bool isSwitched = info().getLastRawCommand() == "SCIP2.0";
+  return isSwitched ? "SCIP 2.0, switched from SCIP 1.x" : "SCIP 2.0";
+}
+
+cSCIPRecord cSensor::getLastRecord() const {
+  boost::mutex::scoped_lock lock(link->mutex);
+  return link->record;
 }
 
 void cSensor::quieten() const {

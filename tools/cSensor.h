@@ -3,8 +3,10 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "tarvolink/tarvolink.h"
+#include "tools/cAbortGuard.h"
 #include "tools/cDeviceName.h"
 #include "tools/cPort.h"
 #include "tools/cStop.h"
@@ -16,12 +18,12 @@ namespace tool {
 class cSensor {
  public:
   /// Opens `device` and looks for its sensor, which takes up to about a minute; says on standard
-  /// error what it does. A signal meanwhile ends the process. Throws `cFailure` when the device
-  /// cannot be used or nothing answers on it.
+  /// error what it does. A signal meanwhile ends the process. Throws `cPassingFailure` when the
+  /// device cannot be used or nothing answers on it.
   cSensor(const cDeviceName& device, cStop& stop);
 
   const cSensorDriver& info() const { return *driver; }
-  iSCIP2IF& scanner() const { return *driver->getSCIP2IF(); }
+  iSCIP2IF& scanner() const { return *scanning; }
 
   /// The line speed at which the sensor was found, bits per second.
   int getLineSpeed() const { return setting->baudRate; }
@@ -29,8 +31,19 @@ class cSensor {
   /// What it speaks, as "SCIP 2.0".
   std::string getDialect() const;
 
+  /// True for one that speaks only SCIP 1.x: it scans by repeated "G" commands, has no sums, and
+  /// does not tell its geometry.
+  bool isOld() const;
+
+  /// True once the device is gone.
+  bool isGone() const { return port.isGone(); }
+
+  /// The latest response's times and texts; of a running scan too.
+  cSCIPRecord getLastRecord() const;
+
  private:
-  boost::shared_ptr<cSensorDriver> find(const std::string& name) const;
+  boost::shared_ptr<cTarvoLink> openLink() const;
+  boost::shared_ptr<cSensorDriver> find(const cDeviceName& device, cStop& stop) const;
   void quieten() const;
   void fetchMissing() const;
   bool hasIdentity() const;
@@ -41,7 +54,10 @@ class cSensor {
   const std::string path;
   const cPort port;
   const boost::shared_ptr<kavTBX::cPortSetting> setting;  // the search leaves the speed in it
+  const boost::shared_ptr<cTarvoLink> link;
+  std::optional<cAbortGuard> guard;  // of a SCIP 1.x driver, until its thread has ended
   boost::shared_ptr<cSensorDriver> driver;
+  iSCIP2IF* scanning = nullptr;  // the driver's
 };
 
 }  // namespace tool

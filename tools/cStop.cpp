@@ -3,6 +3,8 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <utility>
+
 #include "tools/cFailure.h"
 
 namespace tool {
@@ -37,16 +39,38 @@ cStop::~cStop() {
   watcher.join();
 }
 
+void cStop::request() { pthread_kill(watcher.native_handle(), SIGTERM); }
+
 void cStop::wait() {
   std::unique_lock<std::mutex> lock(mutex);
   changed.wait(lock, [this] { return isRequested(); });
+}
+
+bool cStop::waitFor(std::chrono::milliseconds timeOut) {
+  std::unique_lock<std::mutex> lock(mutex);
+  return changed.wait_for(lock, timeOut, [this] { return isRequested(); });
+}
+
+void cStop::setAtOnce(bool on) {
+  const std::lock_guard<std::mutex> lock(mutex);
+  atOnce = on;
+  changed.notify_all();
+}
+
+cStop::cFarewell::cFarewell(cStop& owner, std::function<void()> act) : stop(owner) {
+  const std::lock_guard<std::mutex> lock(stop.mutex);
+  place = stop.farewells.insert(stop.farewells.begin(), std::move(act));
+}
+
+cStop::cFarewell::~cFarewell() {
+  const std::lock_guard<std::mutex> lock(stop.mutex);
+  stop.farewells.erase(place);
 }
 
 void cStop::watch() {
   siginfo_t signal;
   while (sigwaitinfo(&signals, &signal) < 0 || !isForUs(signal)) {
   }
-  if (atOnce) _exit(static_cast<int>(eExit::SUCCESS));
   endWithinGrace();
 }
 
@@ -59,9 +83,10 @@ void cStop::endWithinGrace() {
   std::unique_lock<std::mutex> lock(mutex);
   requested = true;
   changed.notify_all();
-  if (!changed.wait_for(lock, GRACE, [this] { return finished; })) {
-    _exit(static_cast<int>(eExit::SUCCESS));
-  }
+  changed.wait_for(lock, GRACE, [this] { return finished || atOnce; });
+  if (finished) return;
+  for (const auto& act : farewells) act();
+  _exit(static_cast<int>(eExit::SUCCESS));
 }
 
 }  // namespace tool

@@ -1,28 +1,23 @@
 #ifndef TARVOLINK_TOOLS_CSUMMARY_H
 #define TARVOLINK_TOOLS_CSUMMARY_H
 
-#include <fmt/format.h>
-
-#include "tools/cRateMeter.h"
-#include "tools/cScanRun.h"
+#include "tools/cTally.h"
 #include "tools/notice.h"
 
 namespace tool {
 
-/// Says at its end how a run went, also when that end is an error.
+/// Says at its end how a run went, also when that end is an error; nothing if none was started.
 class cSummary {
  public:
-  cSummary(const cRateMeter& rates, const cScanRun& run) : meter(rates), scans(run) {}
+  explicit cSummary(const cTally& counted) : tally(counted) {}
   cSummary(const cSummary&) = delete;
   cSummary& operator=(const cSummary&) = delete;
   ~cSummary() {
-    notice(fmt::format("{} scans, {:.2f} a second, {} dropped", meter.getTotal(),
-                       meter.getMeanRate(), scans.getDropped()));
+    if (tally.isStarted) notice(tally.getText());
   }
 
  private:
-  const cRateMeter& meter;
-  const cScanRun& scans;
+  const cTally& tally;
 };
 
 }  // namespace tool

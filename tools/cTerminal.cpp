@@ -43,16 +43,6 @@ bool isForeground() {
   return group < 0 || group == getpgrp();
 }
 
-/// Only calls that a signal handler may make. In the background the modes are the shell's own.
-void giveBack() {
-  if (!isTaken.exchange(false)) return;
-  if (isForeground()) tcsetattr(terminal, TCSANOW, &before);
-  pollfd room{terminal, POLLOUT, 0};
-  // A terminal that is gone takes nothing, and there is nothing else to be done about it.
-  if (poll(&room, 1, ROOM_MS) > 0 && write(terminal, LEAVE.data(), LEAVE.size()) < 0) return;
-  messages.say();
-}
-
 /// Behind the key that begins at `at`: a cursor or function key is several characters, ESC "["
 /// with parameters and a letter or "~", or ESC "O" and a letter (ECMA-48).
 std::size_t endOfKey(const std::string& typed, std::size_t at) {
@@ -65,7 +55,7 @@ std::size_t endOfKey(const std::string& typed, std::size_t at) {
 }
 
 void endFatally(int number) {
-  giveBack();
+  cTerminal::giveBack();
   raise(number);  // its own action is back already and ends the process on return
 }
 
@@ -85,6 +75,16 @@ cTerminal::cTerminal(cOutput& screen, const cStop& ender) : output(screen), stop
 cTerminal::~cTerminal() {
   giveBack();
   for (const auto& [number, action] : handledBefore) sigaction(number, &action, nullptr);
+}
+
+void cTerminal::giveBack() {
+  if (!isTaken.exchange(false)) return;
+  // In the background the modes are the shell's own.
+  if (isForeground()) tcsetattr(terminal, TCSANOW, &before);
+  pollfd room{terminal, POLLOUT, 0};
+  // A terminal that is gone takes nothing, and there is nothing else to be done about it.
+  if (poll(&room, 1, ROOM_MS) > 0 && write(terminal, LEAVE.data(), LEAVE.size()) < 0) return;
+  messages.say();
 }
 
 /// A signal that is ignored stays so (a shell without job control ignores Ctrl-Z), and one that a

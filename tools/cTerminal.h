@@ -26,6 +26,9 @@ class cTerminal {
   cTerminal& operator=(const cTerminal&) = delete;
   ~cTerminal();
 
+  /// Gives back the terminal that is taken, if any. Only calls that a signal handler may make.
+  static void giveBack();
+
   /// The keys typed since the last call; cursor and function keys are left out. Does not wait,
   /// except that a Ctrl-Z since the last call stops the process in here.
   std::string takeKeys();

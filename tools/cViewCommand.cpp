@@ -5,14 +5,14 @@
 #include "tools/cFailure.h"
 #include "tools/cLiveView.h"
 #include "tools/cSummary.h"
+#include "tools/deviceOptions.h"
 #include "tools/rangeOptions.h"
 
 namespace tool {
 
 cViewCommand::cViewCommand(CLI::App& app)
     : iCommand(app.add_subcommand("view", "Watch a sensor's scans as a picture")) {
-  declaration->add_option("DEVICE", device,
-                          "A tty, or sim:[short|middle|long] for a simulated sensor (the default)");
+  addDeviceOptions(*declaration, where);
   addRangeOptions(*declaration, wish);
   declaration->add_flag("--once", isOnce, "Print one picture and end; also into a file or a pipe");
   declaration->footer("Keys: + and - zoom, 0 fits the picture, space pauses, q quits.");
@@ -20,17 +20,17 @@ cViewCommand::cViewCommand(CLI::App& app)
 
 void cViewCommand::run() {
   wish.check();
-  const cDeviceName name(device);
+  const cDeviceName name(where);
   cStop stop;
   cOutput output("", stop);
   if (!isOnce) checkTerminal(output);
   const cSensor sensor(name, stop);
-  const cScanRange range(wish, sensor.info());
-  cScanRun scans(sensor, range, stop);
-  cRateMeter meter;
-  cLiveView view(sensor, range, scans, meter);
+  const cScanRange range(wish, sensor);
+  cTally tally;
+  cScanRun scans(sensor, range, stop, tally);
+  cLiveView view(sensor, range, scans, tally.meter);
   if (isOnce) return view.drawOnce(output, stop);
-  const cSummary summary(meter, scans);
+  const cSummary summary(tally);
   view.run(output, stop);
 }
 

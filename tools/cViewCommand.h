@@ -1,8 +1,7 @@
 #ifndef TARVOLINK_TOOLS_CVIEWCOMMAND_H
 #define TARVOLINK_TOOLS_CVIEWCOMMAND_H
 
-#include <string>
-
+#include "tools/cDeviceName.h"
 #include "tools/cOutput.h"
 #include "tools/cScanRange.h"
 #include "tools/iCommand.h"
@@ -19,7 +18,7 @@ class cViewCommand : public iCommand {
  private:
   void checkTerminal(const cOutput& output) const;
 
-  std::string device;
+  cDeviceWish where;
   cScanWish wish;
   bool isOnce = false;
 };

@@ -8,6 +8,7 @@
 
 #include "tools/cFailure.h"
 #include "tools/cInfoCommand.h"
+#include "tools/cListCommand.h"
 #include "tools/cScanCommand.h"
 #include "tools/cSimCommand.h"
 #include "tools/cViewCommand.h"
@@ -51,6 +52,7 @@ int main(int argc, char** argv) {
   app.set_version_flag("--version", "tarvolink " TARVOLINK_VERSION);
   app.require_subcommand(0, 1);  // none is told below, after a misspelt one
   std::vector<std::unique_ptr<tool::iCommand>> commands;
+  commands.push_back(std::make_unique<tool::cListCommand>(app));
   commands.push_back(std::make_unique<tool::cInfoCommand>(app));
   commands.push_back(std::make_unique<tool::cScanCommand>(app));
   commands.push_back(std::make_unique<tool::cViewCommand>(app));

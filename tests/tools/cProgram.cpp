@@ -58,6 +58,7 @@ cProgram::cProgram(const std::vector<std::string>& arguments, const cStart& star
   argv.insert(argv.begin(), const_cast<char*>(start.path.c_str()));
   argv.push_back(nullptr);
   auto envp = pointersTo(start.environment);
+  envp.push_back(const_cast<char*>("TARVOLINK_DEVICES="));  // not those of this machine
   for (char** entry = environ; *entry != nullptr; ++entry) envp.push_back(*entry);
   envp.push_back(nullptr);
   const int error =

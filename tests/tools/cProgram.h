@@ -11,8 +11,10 @@
 /// How a program is started.
 struct cStart {
   std::string path = PROGRAM_PATH;
-  bool leadsSession = false;             ///< a session of its own, with no terminal
-  std::vector<std::string> environment;  ///< "NAME=value", before the test's own
+  bool leadsSession = false;  ///< a session of its own, with no terminal
+  /// "NAME=value", before the test's own. No serial device is there unless TARVOLINK_DEVICES says
+  /// so.
+  std::vector<std::string> environment;
 };
 
 /// A program as a process of its own, with pipes on its output and errors.
@@ -34,6 +36,7 @@ class cProgram {
   /// Closes the reading end of its output, as `head` does.
   void closeOutput();
   void signal(int number) const;
+  pid_t getPid() const { return pid; }
   /// Waits for its end. Its exit status, or minus the signal that killed it; throws when it goes
   /// on.
   int wait(cTimeOut timeOut = DEADLINE);

@@ -30,7 +30,7 @@ TEST(ProgramInfoTest, IsReadableAndSaysWhichDeviceItTook) {
   const cResult result = runProgram({"info"});
   ASSERT_EQ(result.status, 0) << result.errors;
   EXPECT_NE(result.errors.find("no DEVICE given"), std::string::npos);
-  EXPECT_EQ(linesOf(result.output).size(), 15u);
+  EXPECT_EQ(linesOf(result.output).size(), 16u);
   EXPECT_NE(result.output.find("Longest distance   5600 mm\n"), std::string::npos) << result.output;
 }
 

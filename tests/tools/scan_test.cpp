@@ -8,6 +8,7 @@
 #include "sim/tarvosim.h"
 #include "tests/support/cCaseName.h"
 #include "tests/tools/cProgram.h"
+#include "tests/tools/cPtyProgram.h"
 #include "tests/tools/cTempFolder.h"
 
 namespace {
@@ -158,6 +159,37 @@ TEST(ProgramScanTest, FileTakesTheDataAndStandardOutputNone) {
   ASSERT_EQ(result.status, 0) << result.errors;
   EXPECT_EQ(result.output, "");
   EXPECT_EQ(linesOf(readFile(file)).size(), 683u);
+}
+
+TEST(ProgramScanTest, FailedRunLeavesTheOlderFileAndKeepsWhatItTook) {
+  const cTempFolder folder;
+  const std::string file = folder / "scans.json";
+  std::ofstream(file) << "older";
+  cSimSetting setting;
+  setting.rate = 50;
+  cSimSensor sensor(setting);
+  cProgram program({"scan", sensor.getPath(), "-n", "0", "--format", "json", "-o", file});
+  ASSERT_TRUE(sensor.waitForSentScans(5, std::chrono::seconds(60)));
+  sensor.unplug();
+  EXPECT_EQ(program.wait(), 4);
+  EXPECT_EQ(readFile(file), "older");
+  EXPECT_NE(program.getErrors().find("are in " + file + ".part-"), std::string::npos)
+      << program.getErrors();
+  // Without a scan nothing is worth keeping.
+  EXPECT_EQ(runProgram({"scan", "--last", "9999", "-o", file + "2"}).status, 1);
+  const std::filesystem::directory_iterator left(folder / "");
+  EXPECT_EQ(std::distance(begin(left), end(left)), 2);
+}
+
+TEST(ProgramScanTest, ShowsOnATerminalHowFarItIs) {
+  const cTempFolder folder;
+  const cSimSensor sensor{cSimSetting{}};
+  cPtyProgram program({"scan", sensor.getPath(), "-n", "0", "-o", folder / "scans"},
+                      {PROGRAM_PATH, false, {"TERM=xterm"}});
+  program.waitFor(" a second, 0 dropped");
+  program.waitFor(" a second, 0 dropped");
+  program.type("\x03");
+  EXPECT_EQ(program.wait(), 0) << program.getText();
 }
 
 TEST(ProgramScanTest, DropsAndCountsAScanOfOtherLength) {

@@ -2,8 +2,10 @@
 
 #include <chrono>
 #include <csignal>
+#include <functional>
 
 #include "sim/tarvosim.h"
+#include "tests/support/cCaseName.h"
 #include "tests/tools/cProgram.h"
 
 namespace {
@@ -77,19 +79,48 @@ TEST(ProgramStopTest, ClosedPipeIsANormalEnd) {
   EXPECT_FALSE(run.sensor.isScanning());
 }
 
-TEST(ProgramStopTest, ScansThatStopComingEndItWithStatus4) {
+TEST(ProgramStopTest, ClosedPipeEndsItThoughTheSensorAnswersNoMore) {
   cRunningScan run;
   run.sensor.setFault(eSimFault::STALL);
-  EXPECT_EQ(run.program.wait(), 4);
-  EXPECT_NE(run.program.getErrors().find("no scan came for 2 s"), std::string::npos)
-      << run.program.getErrors();
+  run.program.closeOutput();
+  const auto before = cClock::now();
+  EXPECT_EQ(run.program.wait(), 0) << run.program.getErrors();
+  EXPECT_LT(cClock::now() - before, GONE);
 }
 
-TEST(ProgramStopTest, PulledCableEndsItWithStatus4AlsoAsSessionLeader) {
-  // A session leader gets the port as its terminal, and SIGHUP when that goes.
+struct cTroubleCase {
+  const char* name;
+  std::function<void(cSimSensor&)> begin;
+  const char* said;
+};
+
+void PrintTo(const cTroubleCase& trouble, std::ostream* out) { *out << trouble.name; }
+
+class ProgramTroubleTest : public testing::TestWithParam<cTroubleCase> {};
+
+TEST_P(ProgramTroubleTest, ScansThatStopComingEndItWithStatus4AndWhatIsKnown) {
+  // As a session leader, which gets the port as its terminal, and SIGHUP when that goes.
   cStart start;
   start.leadsSession = true;
   cRunningScan run(start);
-  run.sensor.unplug();
-  EXPECT_EQ(run.program.wait(), 4) << run.program.getErrors();
+  GetParam().begin(run.sensor);
+  EXPECT_EQ(run.program.wait(), 4);
+  const std::string& errors = run.program.getErrors();
+  EXPECT_NE(errors.find(GetParam().said), std::string::npos) << errors;
+  EXPECT_NE(errors.find(" scans, "), std::string::npos) << "no summary: " << errors;
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    All, ProgramTroubleTest,
+    testing::Values(
+        cTroubleCase{"Unplugged", [](cSimSensor& sensor) { sensor.unplug(); },
+                     "the device has gone"},
+        cTroubleCase{"Silent", [](cSimSensor& sensor) { sensor.setFault(eSimFault::STALL); },
+                     "no scan came for 2 s: the sensor says nothing any more"},
+        cTroubleCase{"WrongCounts",
+                     [](cSimSensor& sensor) { sensor.setFault(eSimFault::WRONG_COUNT, 2, "scan"); },
+                     " were dropped so far"},
+        cTroubleCase{"WrongSums",
+                     [](cSimSensor& sensor) { sensor.setFault(eSimFault::WRONG_SUM, 1, "scan"); },
+                     "its latest answer has the status 99"}),
+    cCaseName());

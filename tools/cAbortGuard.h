@@ -1,0 +1,31 @@
+#ifndef TARVOLINK_TOOLS_CABORTGUARD_H
+#define TARVOLINK_TOOLS_CABORTGUARD_H
+
+#include <csignal>
+#include <string>
+
+namespace tool {
+
+/// Ends the process in its own words while there is a SCIP 1.x driver.
+///
+/// Such an answer has no sums: one that is cut short or damaged shows by its number of points
+/// alone, and then the library ends the process by a failed assertion (SIGABRT), since it may be
+/// another command's. While this lives, that gives the terminal back, says so, and ends with
+/// `eExit::SCANS_STOPPED`. One at a time.
+class cAbortGuard {
+ public:
+  cAbortGuard();
+  cAbortGuard(const cAbortGuard&) = delete;
+  cAbortGuard& operator=(const cAbortGuard&) = delete;
+  ~cAbortGuard();
+
+  /// What is said after that, for the next ones too; "": nothing. Only while nothing scans.
+  static void setLastWords(const std::string& text);
+
+ private:
+  struct sigaction before {};
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,22 @@
+#ifndef TARVOLINK_TOOLS_CLISTCOMMAND_H
+#define TARVOLINK_TOOLS_CLISTCOMMAND_H
+
+#include "tools/iCommand.h"
+
+namespace tool {
+
+/// `tarvolink list`: the serial devices of this machine, as lines or as one JSON array.
+class cListCommand : public iCommand {
+ public:
+  explicit cListCommand(CLI::App& app);
+
+  void run() override;
+
+ private:
+  bool json = false;
+  bool isProbing = false;
+};
+
+}  // namespace tool
+
+#endif

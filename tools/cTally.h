@@ -1,0 +1,29 @@
+#ifndef TARVOLINK_TOOLS_CTALLY_H
+#define TARVOLINK_TOOLS_CTALLY_H
+
+#include <fmt/format.h>
+
+#include <string>
+
+#include "tools/cRateMeter.h"
+
+namespace tool {
+
+/// What is counted from a command's first scan to its last, over all sensors that it was connected
+/// to meanwhile.
+struct cTally {
+  cRateMeter meter;
+  int dropped = 0;     ///< scans that came and were not handed out
+  int reconnects = 0;  ///< times that the sensor was found again
+  bool isStarted = false;
+
+  /// "20 scans, 9.98 a second, 0 dropped, 0 reconnects".
+  std::string getText() const {
+    return fmt::format("{} scans, {:.2f} a second, {} dropped, {} reconnects", meter.getTotal(),
+                       meter.getMeanRate(), dropped, reconnects);
+  }
+};
+
+}  // namespace tool
+
+#endif
