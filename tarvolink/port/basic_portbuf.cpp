@@ -85,6 +85,8 @@ basic_portbuf<char>::~basic_portbuf() {
 }
 
 void basic_portbuf<char>::setupSelf(std::string devicePath) {
+  if (fd > 0) ::close(fd);
+  usable = false;
   device = std::move(devicePath);
   fd = ::open(device.c_str(), O_RDWR, 0);
   if (fd < 0) {
@@ -126,12 +128,17 @@ bool basic_portbuf<char>::applySetting(const cPortSetting& wanted,
   return true;
 }
 
-bool basic_portbuf<char>::isAvailable() {
-  struct pollfd waiting = {fd, POLLIN, 0};
+int basic_portbuf<char>::waitFor(short events) const {
+  struct pollfd waiting = {fd, events, 0};
   int ready = 0;
   do {
     ready = ::poll(&waiting, 1, readTimeout);
   } while (ready == -1 && errno == EINTR);
+  return ready;
+}
+
+bool basic_portbuf<char>::isAvailable() {
+  const int ready = waitFor(POLLIN);
   deadEnd = ready == -1 || (ready == 0 && readTimeout == 0);
   return ready > 0;
 }
@@ -167,7 +174,9 @@ basic_portbuf<char>::int_type basic_portbuf<char>::underflow() {
 
 std::streamsize basic_portbuf<char>::xsputn(const char* s, std::streamsize n) {
   if (fd == -1) return 0;
-  const ssize_t written = ::write(fd, s, static_cast<std::size_t>(n));
+  const int ready = waitFor(POLLOUT);
+  if (ready == 0) errno = EAGAIN;
+  const ssize_t written = ready > 0 ? ::write(fd, s, static_cast<std::size_t>(n)) : -1;
   if (written <= 0) std::perror("basic_portbuf::write");
   return written;
 }

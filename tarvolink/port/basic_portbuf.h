@@ -26,7 +26,8 @@ class basic_portbuf;
 /// Nothing is locked: one thread at a time reads, writes or sets up; only
 /// `interruptReads` and `isInterrupted` may be called beside them. Input is taken 12 characters at
 /// most a read(2), each after a poll(2), so that a silent device costs one time-out and never a
-/// blocked read. Output is never buffered: a block is one write(2), a character one of 1 byte.
+/// blocked read. Output is never buffered: a block is one write(2) after a poll(2), a character one
+/// of 1 byte.
 template <>
 class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
  public:
@@ -39,7 +40,8 @@ class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
   /// Closes the device, which stays in raw mode.
   ~basic_portbuf() override;
 
-  /// Stores the path and opens the device; the constructor's second half.
+  /// Stores the path and opens the device; the constructor's second half. A device that is open
+  /// already is closed first.
   void setupSelf(std::string device);
 
   /// Puts the open device into raw mode with `setting`, starting from the attributes that it
@@ -81,7 +83,9 @@ class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
   /// looks like end of file.
   int_type underflow() override;
 
-  /// One write(2) of `n` characters, neither repeated nor completed; its result, 0 when closed.
+  /// One write(2) of `n` characters, neither repeated nor completed; its result, 0 when closed. -1
+  /// without a write when the device took nothing for a whole read time-out (poll(2)): a far end
+  /// that has stopped reading must not hold the writer for ever.
   std::streamsize xsputn(const char* s, std::streamsize n) override;
 
   /// Writes one character; writing end of file closes the device.
@@ -91,14 +95,15 @@ class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
   static constexpr std::size_t PUTBACK_SIZE = 4;
   static constexpr std::size_t READ_SIZE = 12;
 
+  int waitFor(short events) const;
   bool applySetting(const cPortSetting& wanted, struct termios& attributes) const;
 
   bool usable = false;
   int fd = -1;
 
  public:
-  /// Milliseconds that a read waits for input: 2500 once opened. Set it only while nobody
-  /// reads.
+  /// Milliseconds that a read waits for input, and a block for room: 2500 once opened. Set it only
+  /// while nobody reads.
   int readTimeout = 2500;
 
  private:

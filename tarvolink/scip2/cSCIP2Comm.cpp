@@ -91,7 +91,7 @@ cSCIP2RecordListener* cSCIP2Comm::resumeRequest(cSCIP2RecordListener* listener,
 }
 
 boost::shared_ptr<cSCIPRecord> cSCIP2Comm::waitRecord(cSCIP2RecordListener* listener, int timeout) {
-  return listener->waitRecord(timeout);
+  return listener ? listener->waitRecord(timeout) : boost::shared_ptr<cSCIPRecord>();
 }
 
 boost::shared_ptr<cSCIPRecord> cSCIP2Comm::waitRecord(int tag, int timeout) {

@@ -61,7 +61,7 @@ class TARVOLINK_API cSCIP2Comm : public kavTBX::cThread {
   /// `listener`; it gets no answer when the thread has ended.
   cSCIP2RecordListener* resumeRequest(cSCIP2RecordListener* listener, std::string command);
 
-  /// `listener->waitRecord(timeout)`.
+  /// `listener->waitRecord(timeout)`; empty for no listener.
   boost::shared_ptr<cSCIPRecord> waitRecord(cSCIP2RecordListener* listener, int timeout);
 
   /// Waits on the listener that expects records for `tag`; empty if there is none.
