@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The one header that a host program includes. Start at `cSensorDriverManager::create`.
 
 #include "tarvolink/base/cBSync.h"
@@ -30,3 +31,6 @@
 #include "tarvolink/scip2/cSCIP2Comm.h"
 #include "tarvolink/scip2/cSCIP2RecordListener.h"
 #include "tarvolink/scip2/cSensorDriverSCIP2.h"
+
+/// What the sensor drivers are built of: threads, signals, time stamps, the serial port.
+namespace kavTBX {}

@@ -10,7 +10,7 @@ namespace kavTBX {
 /// A binary signal: one thread raises it, another waits for it.
 ///
 /// Signals do not count up: two `unblock` calls before one wait release one wait.
-/// Any thread may call any operation. It must not be destroyed while a thread waits
+/// Any thread, for every operation. It must not be destroyed while a thread waits
 /// on it, but a waiter may destroy it as soon as its own wait has returned: `unblock`
 /// notifies with the mutex held and touches nothing after releasing it.
 /// No wait is a Boost interruption point.

@@ -7,7 +7,8 @@
 
 namespace kavTBX {
 
-/// The mailbox of a worker thread: an unbounded first-in, first-out queue of values.
+/// The mailbox of a worker thread: an unbounded first-in, first-out queue of values of type T,
+/// which is copied in and out.
 ///
 /// Any number of threads post; one worker takes, on the public members: lock `mutex`, wait
 /// on `cond` while `queue` is empty, copy and pop the front, unlock, then act on the item.
@@ -48,7 +49,7 @@ class cMessQueue {
   }
 
   std::deque<T> queue;  ///< the waiting items, oldest at the front; under `mutex`
-  boost::mutex mutex;
+  boost::mutex mutex;   ///< guards the queue
 
  private:
   std::int32_t closed = 0;  // under `mutex`

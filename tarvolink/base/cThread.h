@@ -41,10 +41,10 @@ class TARVOLINK_API cThread {
   void finalize();
 
  protected:
-  /// Hook: runs once in the worker before the first `threadFunc`.
+  /// Hook: runs once before the first `threadFunc`. Worker only.
   virtual void threadInit() = 0;
 
-  /// Hook: the work, called again whenever it returns while the finish flag is clear.
+  /// Hook: the work, called again whenever it returns while the finish flag is clear. Worker only.
   virtual void threadFunc() = 0;
 
   /// Hook: wakes the worker so that it sees the finish flag. Runs in the stopping thread,

@@ -6,7 +6,7 @@
 
 namespace kavTBX {
 
-/// A local wall-clock time with microseconds. A plain value.
+/// A local wall-clock time with microseconds. A plain value: one caller at a time.
 class TARVOLINK_API cTime {
  public:
   /// 1970-01-01 00:00:00.

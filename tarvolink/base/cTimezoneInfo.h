@@ -13,6 +13,7 @@ namespace kavTBX {
 ///
 /// That is deliberately not the offset in force today: a daylight-saving shift, or a zone
 /// that was moved since, is not part of it. Made once per process, see `cTimezones`.
+/// A plain value: any thread may read it.
 class TARVOLINK_API cTimezoneInfo {
  public:
   /// Asks the system's zone (localtime_r) for that instant.
@@ -22,6 +23,7 @@ class TARVOLINK_API cTimezoneInfo {
   boost::posix_time::time_duration utcOffset;  ///< local time minus UTC
 };
 
+/// The way to that one object: `cTimezones::instance()`. Any thread.
 using cTimezones = cSingleton<cTimezoneInfo, LazyInstantiation, boost::mutex>;
 
 // One object per process: the host uses the library's, it does not make its own.

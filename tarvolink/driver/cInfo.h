@@ -5,7 +5,8 @@
 #include "tarvolink/driver/iInfo.h"
 #include "tarvolink/export.h"
 
-/// The stored values behind `iInfo`: texts empty and numbers 0 until a driver fills them.
+/// The stored values behind `iInfo`: texts empty and numbers 0 until a driver fills them. One
+/// caller at a time, as there. Nothing fails.
 class TARVOLINK_API cInfo : public virtual iInfo {
  public:
   std::string getVend() const override { return vend; }
@@ -23,24 +24,24 @@ class TARVOLINK_API cInfo : public virtual iInfo {
 
   virtual ~cInfo();
 
-  virtual int getNumSpot() const;    ///< steps in a full turn
-  virtual int getScanSpeed() const;  ///< turns per minute, as the sensor reports it
+  virtual int getNumSpot() const;    ///< steps in a full turn; 0 before `fetchParameters`
+  virtual int getScanSpeed() const;  ///< turns per minute, as the sensor reports it; SCIP 1.x: 0
 
  protected:
-  cInfo() = default;
+  cInfo() = default;  ///< all empty and 0
 
-  bool activated = false;
-  std::string vend;
-  std::string prod;
-  std::string firm;
-  std::string prot;
-  std::string serial;
-  std::string status;
-  int minSpot = 0;
-  int maxSpot = 0;
-  int frontSpot = 0;
-  int minDist = 0;
-  int maxDist = 0;
-  int numSpot = 0;
-  int scanSpeed = 0;
+  bool activated = false;  ///< of `isActivated`
+  std::string vend;        ///< of `getVend`
+  std::string prod;        ///< of `getProd`
+  std::string firm;        ///< of `getFirm`
+  std::string prot;        ///< of `getProt`
+  std::string serial;      ///< of `getSerial`
+  std::string status;      ///< of `getStatus`
+  int minSpot = 0;         ///< of `getMinSpot`
+  int maxSpot = 0;         ///< of `getMaxSpot`
+  int frontSpot = 0;       ///< of `getFrontSpot`
+  int minDist = 0;         ///< of `getMinDist`, millimetres
+  int maxDist = 0;         ///< of `getMaxDist`, millimetres
+  int numSpot = 0;         ///< of `getNumSpot`
+  int scanSpeed = 0;       ///< of `getScanSpeed`
 };

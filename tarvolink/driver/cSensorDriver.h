@@ -18,7 +18,7 @@
 /// destructor stops the sensor: call `stopAll()` and `abortScan()` before.
 class TARVOLINK_API cSensorDriver : public cInfo {
  public:
-  /// A driver over `link`, which must be set.
+  /// A driver over `link`, which must be set. Nothing is sent.
   explicit cSensorDriver(boost::shared_ptr<cTarvoLink> link);
   /// A driver over a link of its own, made on `portbuf`.
   explicit cSensorDriver(boost::shared_ptr<kavTBX::basic_portbuf<char>> portbuf);
@@ -30,9 +30,11 @@ class TARVOLINK_API cSensorDriver : public cInfo {
   std::string getLastRawCommand() const override;
   std::string getResponseBody() const override;
 
-  /// The sensor's SCIP 1.x commands. Lives as long as the driver.
+  /// The sensor's SCIP 1.x commands; never null. Lives as long as the driver. Any thread.
   virtual iSCIP1IF* getSCIP1IF() = 0;
-  /// The sensor's scanning interface. Lives as long as the driver.
+  /// The sensor's scanning interface; never null. Lives as long as the driver. With SCIP 1.x the
+  /// first call starts a thread, and throws boost::thread_resource_error when the system has
+  /// none left. Any thread.
   virtual iSCIP2IF* getSCIP2IF() = 0;
 
   /// Decodes values of `width` characters (2, 3 or 4), 6 bits each as the character less
@@ -42,6 +44,6 @@ class TARVOLINK_API cSensorDriver : public cInfo {
   static std::vector<int> decode6bit(std::string data, int width);
 
  protected:
-  boost::shared_ptr<cTarvoLink> link;
-  boost::shared_ptr<cLockableScanList> scans;
+  boost::shared_ptr<cTarvoLink> link;          ///< the line
+  boost::shared_ptr<cLockableScanList> scans;  ///< of `iScanList`; set by the derived class
 };

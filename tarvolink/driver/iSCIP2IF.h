@@ -5,32 +5,61 @@
 
 /// The scanning interface, the same on every sensor. Two rules hold on every dialect: a start
 /// failed when its result is below 0, and to stop a scan call `stopAll()` and then
-/// `abortScan()`. What else the results mean stands with the drivers.
+/// `abortScan()`.
 ///
-/// Steps are the sensor's (`iInfo::getMinSpot` to `getMaxSpot`), `cluster` is the number of
-/// steps that make one point (0 to 99), time-outs are milliseconds.
+/// Steps are the sensor's (`iInfo::getMinSpot` to `iInfo::getMaxSpot`). `cluster` is the number of
+/// steps that make one point, 1 to 99 (0 sends single steps too, but gives all of them the first
+/// one's angle). Distances are millimetres, time-outs milliseconds.
+///
+/// A result of -1 is a refusal by the sensor or no answer within 2 s; the cause is `getErr()` or,
+/// with SCIP 2.0, what `cSensorDriverSCIP2::doRaw2` returns for the same command. With SCIP 1.x
+/// most operations only ask the adapter's thread, and 0 tells nothing of the sensor's answer.
 class TARVOLINK_API iSCIP2IF : public iScanList {
  public:
-  virtual int startStoringScan() = 0;  ///< lights the laser, so that stored scans are taken
-  virtual int stopAll() = 0;           ///< stops measuring
-  /// Takes one scan into the list. 0: done (or asked for, see the drivers); -1: not.
+  /// Lights the laser ("BM"; SCIP 1.x: "L0"), so that stored scans are taken. 0 or -1, which may
+  /// stand for a laser that is on already. Any thread.
+  virtual int startStoringScan() = 0;
+  /// Stops measuring ("QT", laser off; SCIP 1.x: no more "G"). 0 or -1. Any thread.
+  virtual int stopAll() = 0;
+  /// Takes one scan into the list ("GD" where `maxDistance` is above 4095, else "GS"), laser on.
+  /// 0: it is there; -1: not. SCIP 1.x ("G", twice, `maxDistance` not used): 0: asked for, see
+  /// `waitScan`; -1: a scan runs. Any thread.
   virtual int getStoredScan(int firstStep, int lastStep, int cluster, int maxDistance) = 0;
-  virtual int setCommSpeed(int baud) = 0;  ///< asks for another line speed, bits per second
-  virtual int resetURG() = 0;              ///< see the drivers
-  virtual int fetchVersionStr() = 0;       ///< fills the texts of `iInfo`; 0 or -1
-  virtual int fetchParameters() = 0;       ///< fills the numbers of `iInfo`; 0 or -1
-  virtual int updateStatus() = 0;          ///< fills the status of `iInfo`; 0 or -1
-  /// Starts scanning: `interval` is the number of turns (SCIP 2.0) or tenths of a second
-  /// (SCIP 1.x) between scans, `numScans` how many (0: until stopped), `maxDistance` the
-  /// longest distance that matters, millimetres. Below 0: refused, or no answer.
+  /// Asks for another line speed, bits per second. SCIP 2.0: -1, nothing is sent. SCIP 1.x ("S"):
+  /// 1, or 0 while a scan runs. Any thread.
+  virtual int setCommSpeed(int baud) = 0;
+  /// Sends "SS" without a speed, which sensors refuse: 0 or -1. SCIP 1.x: 0, nothing. Any thread.
+  virtual int resetURG() = 0;
+  virtual int fetchVersionStr() = 0;  ///< fills the texts ("VV"; SCIP 1.x: "V"). Any thread.
+  virtual int fetchParameters() = 0;  ///< fills the numbers ("PP"; SCIP 1.x: 0). Any thread.
+  virtual int updateStatus() = 0;     ///< fills the status ("II"; SCIP 1.x: 0). Any thread.
+  /// Starts scanning ("MD" where `maxDistance` is above 4095, else "MS"; SCIP 1.x: "G" again and
+  /// again). `interval` is the number of turns left out between two scans (0 to 9; SCIP 1.x:
+  /// tenths of a second from scan to scan), `numScans` how many (1 to 99, SCIP 1.x one more; 0:
+  /// until stopped), `maxDistance` the longest distance that matters (SCIP 1.x: not used).
+  /// Below 0: refused, or no answer within 200 ms; standard error tells which. Any thread.
   virtual int startScan(int firstStep, int lastStep, int cluster, int interval, int numScans,
                         int maxDistance) = 0;
-  virtual int abortScan() = 0;             ///< ends the scan; below 0: none runs, or no answer
-  virtual int resumeScan() = 0;            ///< see the drivers
-  virtual int scansToGo() = 0;             ///< see the drivers
-  virtual bool waitScan(int timeout) = 0;  ///< waits for a scan; true: one came
-  virtual int waitScan() = 0;              ///< see the drivers
-  virtual bool isScanning() = 0;           ///< whether a scan was started and not ended
+  /// Ends the scan ("QT") and keeps what came of it in the list. -1: none runs, or no answer.
+  /// SCIP 1.x: 0, nothing ends, which is why `stopAll` comes first. Any thread.
+  virtual int abortScan() = 0;
+  /// SCIP 2.0: -1. SCIP 1.x: goes on with a counted scan that was stopped; 0, or -1 if there is
+  /// none. Any thread.
+  virtual int resumeScan() = 0;
+  /// SCIP 2.0: -1. SCIP 1.x: scans still to take, less one; -1 without end, 0 unless scanning. Any
+  /// thread.
+  virtual int scansToGo() = 0;
+  /// Waits up to `timeout` milliseconds for a scan. SCIP 2.0: whether scans wait now; without a
+  /// started scan it ends the process (assertion). SCIP 1.x: whether the sensor was asked once
+  /// more, be it in vain: look at the list. Any thread.
+  virtual bool waitScan(int timeout) = 0;
+  /// SCIP 2.0: takes the next scan, waiting up to 10 s, and throws it away; 1: one came, 0: none;
+  /// assertion as above. SCIP 1.x: waits for the sensor to be asked, without limit; 0. Use the
+  /// other one. Any thread.
+  virtual int waitScan() = 0;
+  /// Whether a scan was started and not ended. SCIP 2.0: by `abortScan`. SCIP 1.x: also by the
+  /// last of a count, and by a failed answer where there is no count. Any thread.
+  virtual bool isScanning() = 0;
 
  protected:
   ~iSCIP2IF() = default;

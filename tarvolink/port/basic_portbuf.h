@@ -23,8 +23,8 @@ class basic_portbuf;
 /// usable. A new device means a new object. Nothing is thrown for a bad device; complaints
 /// go to standard error.
 ///
-/// Nothing is locked: one thread at a time reads, writes or sets up; only
-/// `interruptReads` and `isInterrupted` may be called beside them. Input is taken 12 characters at
+/// Nothing is locked: one caller at a time, for all operations together; only `interruptReads` and
+/// `isInterrupted` are for any thread. Input is taken 12 characters at
 /// most a read(2), each after a poll(2), so that a silent device costs one time-out and never a
 /// blocked read. Output is never buffered: a block is one write(2) after a poll(2), a character one
 /// of 1 byte.
@@ -50,7 +50,7 @@ class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
   /// as 0, which is no failure. `setting` must not be empty (assertion); it is not kept.
   bool termSetup(boost::shared_ptr<cPortSetting> setting);
 
-  /// Waits for input up to the read time-out (poll(2), begun anew after a signal). True:
+  /// Waits for input up to `readTimeout` (poll(2), begun anew after a signal). True:
   /// readable. False: the time is over, or poll failed.
   bool isAvailable();
 

@@ -10,7 +10,7 @@ namespace kavTBX {
 template <typename CharT>
 class basic_portstream;
 
-/// A standard stream over a `basic_portbuf`. Threads: as the buffer.
+/// A standard stream over a `basic_portbuf`. One caller at a time, as the buffer.
 template <>
 class TARVOLINK_API basic_portstream<char> : public std::basic_iostream<char> {
  public:

@@ -5,7 +5,7 @@
 #include "tarvolink/base/cTime.h"
 #include "tarvolink/export.h"
 
-/// One measurement of a scan. A plain value.
+/// One measurement of a scan. A plain value: one caller at a time.
 struct cScanPoint {
   /// Millimetres as the sensor reported them; small values are its error codes, kept as
   /// they are.
@@ -15,7 +15,7 @@ struct cScanPoint {
 };
 
 /// The points of one sweep of the sensor. Filled before it is handed out and not changed
-/// afterwards, so that any thread may read it.
+/// afterwards: then any thread may read it.
 class TARVOLINK_API cScan {
  public:
   /// An empty scan with the default time stamp. Room is made for the points between the two
@@ -26,5 +26,5 @@ class TARVOLINK_API cScan {
   kavTBX::cTime timeStamp;         ///< local time at which the scan was received
   double firstAngle;               ///< angle of the first point, radians
   double lastAngle;                ///< angle of the last point, radians
-  double angleStep;                ///< angle between two points (of a group: one group)
+  double angleStep;                ///< angle between two points, radians; 0 for a cluster of 0
 };

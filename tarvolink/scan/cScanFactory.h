@@ -6,10 +6,10 @@
 #include "tarvolink/export.h"
 #include "tarvolink/scan/cScan.h"
 
-/// Fills a scan with decoded distances. One thread at a time.
+/// Fills a scan with decoded distances. One caller at a time.
 class TARVOLINK_API cScanFactory {
  public:
-  /// The point of a distance `value` (millimetres) at `angle` (radians).
+  /// The point of a distance `value` (millimetres) at `angle` (radians). Any thread.
   static cScanPoint genPoint(int value, double angle);
 
   /// Appends a point a value to `scan`, which must be set (assertion) unless `values` is

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// A list that threads share.
+
 #include <boost/shared_ptr.hpp>
 #include <boost/thread/mutex.hpp>
 #include <iterator>
@@ -14,13 +17,14 @@
 /// them. Taking removes: what is handed out is no longer in the list.
 template <typename T>
 struct tLockableList {
-  std::list<T> list;
-  boost::mutex mutex;
+  std::list<T> list;   ///< oldest first; under `mutex`
+  boost::mutex mutex;  ///< held for single operations only
 };
 
 /// The scans that wait for the caller.
 using cLockableScanList = tLockableList<boost::shared_ptr<cScan>>;
 
+/// Operations on a `tLockableList`. Any thread.
 namespace lockable {
 
 /// Appends `element` as the newest.

@@ -27,6 +27,6 @@ class TARVOLINK_API cSCIPError {
   /// used. The text lives as long as the library. Any thread.
   static const std::string& getErrorString(int code, std::string detail);
 
-  static const std::string& successStr();  ///< "Success"
-  static const std::string& notYetStr();   ///< "Error String Not implemented yet."
+  static const std::string& successStr();  ///< "Success". Any thread.
+  static const std::string& notYetStr();   ///< "Error String Not implemented yet." Any thread.
 };

@@ -3,7 +3,7 @@
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <string>
 
-/// One response of the sensor. A plain value; whoever shares one between threads guards it.
+/// One response of the sensor. A plain value: one caller at a time.
 struct cSCIPRecord {
   int error = 0;        ///< 0 or a code word of `cSCIPError`
   std::string command;  ///< the command line as sent, without line end

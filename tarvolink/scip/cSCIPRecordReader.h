@@ -13,7 +13,7 @@
 /// It knows no device and no thread: whatever gives characters will do. A read fails when
 /// the stream ends before a character of the line came; characters followed by the
 /// stream's end are a line, and the next read of that response then fails at once.
-/// A carriage return is a character like any other.
+/// A carriage return is a character like any other. One caller at a time.
 class TARVOLINK_API cSCIPRecordReader {
  public:
   /// Characters of the longest line that is read; a longer one is a failed read.

@@ -11,8 +11,8 @@
 
 /// The line transport: writes one command line, reads one response.
 ///
-/// It keeps the latest response in `record`. One thread at a time talks through a link; the
-/// link locks nothing itself. `mutex` is for whoever shares `record` between threads.
+/// It keeps the latest response in `record`. One caller at a time talks through a link; the
+/// link locks nothing itself. The drivers do: under `mutex` any thread may read `record`.
 class TARVOLINK_API cTarvoLink {
  public:
   static const std::string SEND_EOL;  ///< "\n", ends each command line
@@ -38,9 +38,9 @@ class TARVOLINK_API cTarvoLink {
   /// The same into `received` instead, leaving `record` alone.
   bool recvRecord(cSCIPRecord& received);
 
-  boost::shared_ptr<kavTBX::basic_portbuf<char>> portbuf;
-  boost::shared_ptr<kavTBX::basic_portstream<char>> stream;
-  cSCIPRecord record;          ///< the latest response
-  std::string lastRawCommand;  ///< the latest command of `doRaw1`
-  boost::mutex mutex;
+  boost::shared_ptr<kavTBX::basic_portbuf<char>> portbuf;    ///< the port
+  boost::shared_ptr<kavTBX::basic_portstream<char>> stream;  ///< over `portbuf`
+  cSCIPRecord record;                                        ///< the latest response
+  std::string lastRawCommand;                                ///< the latest command of `doRaw1`
+  boost::mutex mutex;  ///< for `record` and `lastRawCommand` between threads
 };

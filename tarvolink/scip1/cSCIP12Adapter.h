@@ -29,18 +29,19 @@ class cSensorDriverSCIP1;
 /// scans back to back until it has caught up. `stopAll` takes effect after the wait
 /// under way; only the end cuts that short.
 ///
-/// Any thread may call any operation. The driver owns it and outlives it.
+/// Any thread, for every operation not marked otherwise. The driver owns it and outlives it.
 class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
                                      public virtual iSCIP2IF,
                                      public virtual iInfo {
  public:
   /// A request to the worker: what to do, and for code 4 the line speed.
   struct reqPacket {
-    std::int32_t code;
-    std::int32_t arg;
+    std::int32_t code;  ///< 0 "L0", 1 "L1", 2 go idle, 3 scan, 4 "S", 5 exit; others are ignored
+    std::int32_t arg;   ///< bits per second
   };
 
-  /// An adapter for `driver`, whose step range it takes over; the worker does not run yet.
+  /// An adapter for `driver` (not null), whose step range it takes over; the worker does not run
+  /// yet.
   explicit cSCIP12Adapter(cSensorDriverSCIP1* driver);
   ~cSCIP12Adapter() override;
 
@@ -101,6 +102,7 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
   /// Waits for the next attempt to scan, up to `ms` milliseconds; whether there was one. A failed
   /// one counts: look at the list.
   bool waitScan(int ms) override;
+  /// Whether the worker takes scans; false also until it has begun with the first.
   bool isScanning() override;
 
   /// Takes the next request, waiting for one, and serves it. Worker only.

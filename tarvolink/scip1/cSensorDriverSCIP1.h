@@ -15,9 +15,11 @@ class cSCIP12Adapter;
 
 /// A sensor that speaks SCIP 1.x.
 ///
-/// Any thread may call any operation. An exchange and the decoding of its answer are one step:
+/// Any thread, for every operation. An exchange and the decoding of its answer are one step:
 /// a caller waits its turn while another thread, or the adapter's worker, talks. Results are 0
-/// for success, the sensor's status digit 1 to 9, or -1 for a failed exchange.
+/// for success, the sensor's status digit 1 to 9, or -1 for a failed exchange; `getErr()` then is
+/// `EINVALID_ECHO` (no answer in time, or another command's) or `EINVALID_STATUS`. `iInfo` is for
+/// one caller at a time, as ever.
 ///
 /// The sensor does not tell its geometry: steps 44 to 724 of 1024, front 384, distances 20 to
 /// 4095 mm are given. `isActivated()` is false.
@@ -31,6 +33,7 @@ class TARVOLINK_API cSensorDriverSCIP1 : public cSensorDriver, public virtual iS
 
   /// "Sensor works well.", without asking the sensor.
   std::string getStatus() const override;
+  /// The latest exchange's, its success 0x400 included. One caller at a time.
   const int& getErr() const override;
   /// Waits for the exchange under way, like the next one.
   std::string getLastRawCommand() const override;
@@ -44,8 +47,8 @@ class TARVOLINK_API cSensorDriverSCIP1 : public cSensorDriver, public virtual iS
   /// ":" of its line. On failure nothing changes.
   int doVersion() override;
 
-  /// "G": takes one scan from step `start` to step `end`, `cluster` steps a point, into the list.
-  /// 0 also when its data could not be decoded, see `addScan`.
+  /// "G": takes one scan from step `start` to step `end` (0 to 999), `cluster` steps a point (0 to
+  /// 99), into the list. 0 also when its data could not be decoded, see `addScan`.
   int doScan(int start, int end, int cluster) override;
 
   /// "L0" for on, "L1" for off.
@@ -68,8 +71,8 @@ class TARVOLINK_API cSensorDriverSCIP1 : public cSensorDriver, public virtual iS
   /// nests.
   class cTurn {
    public:
-    explicit cTurn(const cSensorDriverSCIP1& driver);
-    ~cTurn();
+    explicit cTurn(const cSensorDriverSCIP1& driver);  ///< waits for it
+    ~cTurn();                                          ///< gives it back
     cTurn(const cTurn&) = delete;
     cTurn& operator=(const cTurn&) = delete;
 
@@ -81,7 +84,7 @@ class TARVOLINK_API cSensorDriverSCIP1 : public cSensorDriver, public virtual iS
   /// Appends `scan` to the list, unless it is empty; the result is `scan`. Without the turn.
   boost::shared_ptr<cScan> publish(boost::shared_ptr<cScan> scan);
 
-  cScanFactory factory;  // under the turn
+  cScanFactory factory;  ///< of the scan being decoded; under the turn
 
  private:
   friend class cSCIP12Adapter;  // keeps the list of scans short

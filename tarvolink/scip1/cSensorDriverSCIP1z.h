@@ -14,7 +14,7 @@ class TARVOLINK_API cSensorDriverSCIP1z : public cSensorDriverSCIP1 {
 
   /// Decodes the latest record, distances of three characters in lines of 64, into a scan in the
   /// list. The scan's three angles are degrees, not radians. Empty, with a message, for a line
-  /// of another length (standard output) or another number of points (standard error).
+  /// of another length (standard output) or another number of points (standard error). Any thread.
   boost::shared_ptr<cScan> addScan(int start, int end, int cluster);
 
  private:

@@ -25,7 +25,8 @@
 /// and wakes every request left in it with no listener; requests posted later come back
 /// so at once. The destructor stops and joins before any member goes.
 ///
-/// Callers: any thread, once `run` has been called; before that a request waits for it.
+/// Any thread, for every operation not marked otherwise, once `run` has been called; before that a
+/// request waits for it.
 class TARVOLINK_API cSCIP2Comm : public kavTBX::cThread {
  public:
   /// One request. Lives with its caller until `done`; the worker touches it no more after
@@ -39,7 +40,7 @@ class TARVOLINK_API cSCIP2Comm : public kavTBX::cThread {
     bool givesUp = false;                      ///< no command: expect nothing any more
     /// A resumed request stands in the queue twice and keeps itself until both are served.
     boost::shared_ptr<cReqType> self;
-    std::atomic<int> entries{0};
+    std::atomic<int> entries{0};  ///< how often such a one still stands there
   };
 
   /// A conversation over `link`; the thread does not run yet.
@@ -61,10 +62,11 @@ class TARVOLINK_API cSCIP2Comm : public kavTBX::cThread {
   /// `listener`; it gets no answer when the thread has ended.
   cSCIP2RecordListener* resumeRequest(cSCIP2RecordListener* listener, std::string command);
 
-  /// `listener->waitRecord(timeout)`; empty for no listener.
+  /// `listener->waitRecord(timeout)`, milliseconds; empty for no listener.
   boost::shared_ptr<cSCIPRecord> waitRecord(cSCIP2RecordListener* listener, int timeout);
 
-  /// Waits on the listener that expects records for `tag`; empty if there is none.
+  /// Waits up to `timeout` milliseconds on the listener that expects records for `tag`; empty if
+  /// there is none or none came.
   boost::shared_ptr<cSCIPRecord> waitRecord(int tag, int timeout);
 
   /// The caller took its record or gave up: `listener` may serve another request, once it is
@@ -82,7 +84,8 @@ class TARVOLINK_API cSCIP2Comm : public kavTBX::cThread {
   /// reads nothing until the next request.
   void giveUp();
 
-  /// Lets go of the link. Only after `giveUp`, and with no request ever after.
+  /// Lets go of the link. Only after `giveUp`, and with no request ever after. One caller at a
+  /// time.
   void releaseLink();
 
   /// Whether `line` ends in the sum of what stands before it: ((bytes added up) AND 0x3F) +

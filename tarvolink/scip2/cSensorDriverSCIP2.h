@@ -12,10 +12,10 @@
 
 /// A sensor that speaks SCIP 2.0.
 ///
-/// Any thread may call any operation; each blocks until its line is written (behind the
-/// record under way, if any) and then for its answer. Results are 0 for success and -1 for a
-/// refusal or no answer within 2 s, unless told otherwise. Only the values of `iInfo` are to be
-/// read while no other thread fetches them.
+/// Any thread, for every operation not marked otherwise; each blocks until its line is written
+/// (behind the record under way, if any) and then for its answer. Results are 0 for success and -1
+/// for a refusal or no answer within 2 s, unless told otherwise; which of them, `doRaw2` tells.
+/// `iInfo` is for one caller at a time, as ever.
 ///
 /// Records of a running scan wait until the caller asks for scans; they are turned into scans
 /// in the caller's thread, by `getScanNum`, `getScanFirst`, `getScanLast`, `waitScan(int)`
@@ -37,24 +37,28 @@ class TARVOLINK_API cSensorDriverSCIP2 : public cSensorDriver,
   ~cSensorDriverSCIP2() override;
 
   /// Starts the communication thread and marks the driver as activated. Throws
-  /// boost::thread_resource_error when the system has no thread left.
+  /// boost::thread_resource_error when the system has no thread left. One caller at a time.
   void start();
 
   /// Gives up what is unanswered and puts the thread to sleep, so that the caller may talk
-  /// through the link itself; what has arrived is discarded.
+  /// through the link itself; what has arrived is discarded. One caller at a time, with no other
+  /// operation beside it.
   void hush();
 
-  /// Lets go of the link for good; after `hush`, with no call but the destructor afterwards.
+  /// Lets go of the link for good; after `hush`, with no call but the destructor afterwards. One
+  /// caller at a time.
   void releaseLink();
 
   /// Sends `command` with a tag and takes one record, waiting 2 s. Never empty: its `error`
   /// is 0, `ETIMEOUT_ECHO` for no answer, `EINVALID_STATUS` for a bad status line, or the
-  /// sensor's status with its mark. An empty `command` ends the driver's thread, after which nothing
-  /// is answered. The second argument is not used.
+  /// sensor's status with its mark. An empty `command` ends the driver's thread, after which
+  /// nothing is answered. The second argument is not used.
   boost::shared_ptr<cSCIPRecord> doRaw2(std::string command, int);
 
+  /// The last read's, not a request's: 0 or `ETIMEOUT_ECHO`, `ETIMEOUT_STAT`, `ETIMEOUT_BODY`. See
+  /// `doRaw2` for a request's. One caller at a time.
   const int& getErr() const override;
-  /// Not changed by SCIP 2.0 requests.
+  /// "V" or "SCIP2.0" where detection sent these, else empty: SCIP 2.0 requests do not change it.
   std::string getLastRawCommand() const override;
   std::string getResponseBody() const override;
   iSCIP1IF* getSCIP1IF() override;
@@ -79,13 +83,16 @@ class TARVOLINK_API cSensorDriverSCIP2 : public cSensorDriver,
   /// Changes the angles with which a running scan's records are converted.
   int getStoredScan(int firstStep, int lastStep, int clusterCount, int maxDistance) override;
   int setCommSpeed(int) override;  ///< -1, nothing is sent
-  int resetURG() override;         ///< sends "SS"
+  int resetURG() override;         ///< "SS" without a speed, which sensors refuse
   int fetchVersionStr() override;  ///< "VV": vendor, product, firmware, protocol, serial
   int fetchParameters() override;  ///< "PP": distances, steps, speed
   int updateStatus() override;     ///< "II": the status text
   /// Starts scanning ("MD" above 4095 mm, else "MS"), waiting 200 ms for the acknowledgement.
-  /// Needs the parameters fetched, for the angles. A scan that already runs is replaced.
-  /// The records of a start that failed are not kept.
+  /// Steps are 0 to 9999, the cluster 0 to 99, turns left out 0 to 9, scans 0 (without end) to 99:
+  /// a number with more digits spoils the command, which sensors refuse. Needs the parameters
+  /// fetched, for the angles. A scan that already runs is replaced. -1: no acknowledgement
+  /// (" startScan:: comm error??" on standard error) or a refusal, with its status there. The
+  /// records of a start that failed are not kept.
   int startScan(int firstStep, int lastStep, int clusterCount, int scanInterval, int numScans,
                 int maxDistance) override;
   /// Stops ("QT"), converts what had arrived and ends the scan. -1: none runs, or no answer,
@@ -106,11 +113,11 @@ class TARVOLINK_API cSensorDriverSCIP2 : public cSensorDriver,
   /// `getStoredScan` with a longest distance of 4095 mm.
   int doScan(int start, int end, int cluster) override;
   int doLaser(bool on) override;            ///< "BM", whatever `on` is
-  int doSpeed(int baud) override;           ///< -1, with a message
+  int doSpeed(int baud) override;           ///< -1, with a message on standard error
   int doRaw(std::string command) override;  ///< -1, nothing is sent
 
   /// Converts all records of the running scan that wait. The last one's result; false, with a
-  /// message, when no scan runs.
+  /// message on standard error, when no scan runs.
   bool tryRecordToScan();
   /// Converts one data record into a scan and appends it to the list. False: a bad sum, no
   /// scan. A record without data makes none either, and is true.
