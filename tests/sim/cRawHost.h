@@ -1,38 +1,86 @@
 #pragma once
 
+#include <fcntl.h>
+#include <poll.h>
+#include <termios.h>
+#include <unistd.h>
+
 #include <chrono>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+constexpr std::chrono::milliseconds LONG_TIME(10000);
+
 /// A host that knows nothing but termios, read and write: the tests' end of the cable. Its waits
-/// end when what they wait for is there, or after ten seconds.
+/// end when what they wait for is there, or after LONG_TIME.
 class cRawHost {
  public:
-  /// Opens the slave raw at this line speed (0: as it is).
-  explicit cRawHost(const std::string& path, int speed = 0);
-  ~cRawHost();
+  /// Opens the slave raw at this line speed, a constant of termios (0: as it is).
+  explicit cRawHost(const std::string& path, speed_t speed = 0)
+      : fd(open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+    if (fd < 0) throw std::runtime_error("cannot open " + path);
+    if (speed != 0) setSpeed(speed);
+  }
+  ~cRawHost() { close(fd); }
   cRawHost(const cRawHost&) = delete;
   cRawHost& operator=(const cRawHost&) = delete;
 
-  void setSpeed(int bitsPerSecond);
-  void write(const std::string& bytes);
+  void setSpeed(speed_t speed) {
+    termios modes;
+    tcgetattr(fd, &modes);
+    cfmakeraw(&modes);
+    cfsetspeed(&modes, speed);
+    tcsetattr(fd, TCSANOW, &modes);
+  }
+  void write(const std::string& bytes) {
+    if (::write(fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
+      throw std::runtime_error("the pty took less than was written");
+    }
+  }
   /// What arrives up to and with `end`; all that arrived if that does not come.
-  std::string readUntil(const std::string& end);
+  std::string readUntil(const std::string& end) {
+    while (arrived.find(end) == std::string::npos && readSome()) {
+    }
+    const std::size_t place = std::min(arrived.find(end), arrived.size());
+    const std::string bytes = arrived.substr(0, place + end.size());
+    arrived.erase(0, bytes.size());
+    return bytes;
+  }
   /// One record: up to its empty line.
   std::string readRecord() { return readUntil("\n\n"); }
-  std::string readBytes(std::size_t count);
   /// Writes the command and LF, reads the record.
-  std::string ask(const std::string& command);
+  std::string ask(const std::string& command) {
+    write(command + "\n");
+    return readRecord();
+  }
   /// All that was said before the answer to a QT sent now.
-  std::string readAll();
-  /// Throws away what has arrived and was not read (tcflush).
-  void flush();
+  std::string readAll() {
+    const std::string end = "QT;end\n00P\n\n";
+    write("QT;end\n");
+    const std::string all = readUntil(end);
+    return all.substr(0, all.find(end));
+  }
+  /// Throws away what has arrived and was not read.
+  void flush() { tcflush(fd, TCIFLUSH); }
   /// Whether read says end-of-file or an error once nothing is left.
-  bool isHungUp();
+  bool isHungUp() {
+    while (readSome()) {
+    }
+    char byte;
+    return read(fd, &byte, 1) <= 0;
+  }
 
  private:
-  bool readSome();
-  std::string take(std::size_t count);
+  bool readSome() {
+    pollfd input = {fd, POLLIN, 0};
+    char bytes[4096];
+    if (poll(&input, 1, static_cast<int>(LONG_TIME.count())) <= 0) return false;
+    const ssize_t count = read(fd, bytes, sizeof bytes);
+    if (count > 0) arrived.append(bytes, static_cast<std::size_t>(count));
+    return count > 0;
+  }
 
   int fd;
   std::string arrived;  ///< read and not yet taken
@@ -40,9 +88,33 @@ class cRawHost {
 
 /// How the tests check and decode, apart from the sensor's own code.
 namespace raw {
-char sum(const std::string& text);
-std::vector<std::string> lines(const std::string& record);
-/// The readings of a SCIP 2.0 scan record whose sums are all right; none if one is not.
-std::vector<int> readings(const std::string& record, int width);
-std::vector<int> decode(const std::string& data, int width);
+
+inline std::vector<std::string> lines(const std::string& record) {
+  std::vector<std::string> all;
+  std::istringstream stream(record);
+  for (std::string line; std::getline(stream, line);) all.push_back(line);
+  return all;
+}
+
+inline std::vector<int> decode(const std::string& data, std::size_t width) {
+  std::vector<int> values((data.size() + width - 1) / width);
+  for (std::size_t i = 0; i < data.size(); ++i) {
+    values[i / width] = values[i / width] * 64 + data[i] - '0';
+  }
+  return values;
+}
+
+/// How many readings a SCIP 2.0 scan record holds; -1 if one of its sums is wrong.
+inline int countReadings(const std::string& record, std::size_t width) {
+  const std::vector<std::string> all = lines(record);
+  std::size_t size = 0;
+  for (std::size_t i = 1; i + 1 < all.size(); ++i) {
+    int sum = 0;
+    for (const char c : all[i]) sum += c;
+    if ((sum - all[i].back()) % 64 + '0' != all[i].back()) return -1;
+    if (i >= 3) size += all[i].size() - 1;
+  }
+  return static_cast<int>(size / width);
+}
+
 }  // namespace raw

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "tests/driver/support.h"
+#include "tests/support/driving.h"
 
 // Would catch: detections too many or too few, a probe left over, messages that moved.
-TEST(cSensorDriverManager, SaysSoWhenNoSensorAnswers) {
+TEST(Detection, SaysSoWhenNoSensorAnswers) {
   cSimSensor mute{cSimSetting()};
   mute.setFault(eSimFault::STALL);
   const int threads = countThreads();
@@ -16,9 +16,7 @@ TEST(cSensorDriverManager, SaysSoWhenNoSensorAnswers) {
                             mute.getPath() + "]\n");
   EXPECT_EQ(output.err, "cSensorDriver::Could not activate driver\n");
   std::vector<std::string> asked;
-  for (int detection = 0; detection < 13; ++detection) {
-    asked.insert(asked.end(), {"VV;1", "TM2;2", "V"});
-  }
+  for (int i = 0; i < 13; ++i) asked.insert(asked.end(), {"VV;1", "TM2;2", "V"});
   EXPECT_EQ(mute.getCommands(), asked);
   EXPECT_EQ(countOpen(mute.getPath()), 1) << "but the sensor's own";
   EXPECT_TRUE(eventually([&] { return countThreads() == threads; }));

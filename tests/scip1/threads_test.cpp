@@ -41,18 +41,16 @@ TEST(Scip1Threads, FirstFaceIsMadeOnce) {
     while (ready < 2) std::this_thread::yield();
     face = rig.driver->getSCIP2IF();
   };
-  testing::internal::CaptureStderr();
-  std::thread first(ask, std::ref(faces[0]));
-  std::thread second(ask, std::ref(faces[1]));
-  first.join();
-  second.join();
-  const std::string printed = testing::internal::GetCapturedStderr();
+  const std::string printed = outputOf([&] {
+                                std::thread first(ask, std::ref(faces[0]));
+                                ask(faces[1]);
+                                first.join();
+                              }).err;
   const std::string created = "New SCIP2 Adapter created\n";
   EXPECT_EQ(faces[0], faces[1]);
   EXPECT_EQ(printed.find(created), printed.rfind(created));
   rig.scip2().startScan(0, 1, 1, 0, 1, 0);
-  EXPECT_EQ(rig.takeNumber(), 0);
-  EXPECT_EQ(rig.takeNumber(), 1);
+  EXPECT_EQ(numberOf(takeScan(rig.scip2())), 0);
 }
 
 // Catches: a scan lost or taken twice where taking, counting and trimming meet.
@@ -63,14 +61,13 @@ TEST(Scip1Threads, TenThousandScansInATightLoop) {
   rig.sensor.letGo(LEAD);
   rig.scip2().startScan(0, 1, 1, 0, 0, 0);
   for (int number = 0; number < SCANS; ++number) {
-    boost::shared_ptr<cScan> scan;
+    tScan scan;
     do {
       if (rig.scip2().getScanNum() > 0) {
         scan = number % 3 == 0 ? rig.scip2().getScanFirst(0) : rig.scip2().getScanFirst();
       }
-    } while (!scan && rig.scip2().waitScan(20000));
-    ASSERT_TRUE(scan) << number;
-    ASSERT_EQ(numberOf(*scan), number);
+    } while (!scan && rig.scip2().waitScan(LONG));
+    ASSERT_EQ(numberOf(scan), number);
     rig.sensor.addAnswer();
   }
 }

@@ -1,0 +1,118 @@
+#include <gtest/gtest.h>
+
+#include "sim/tarvosim.h"
+#include "tests/sim/cRawHost.h"
+#include "tests/support/cCaseName.h"
+
+namespace {
+
+/// What is said in turn: "command>status|command>status", the sums typed by hand.
+struct cDialogue {
+  const char* name;
+  eSimDialect dialect;
+  eSimModel model;
+  int speed;
+  const char* exchanges;
+};
+
+void PrintTo(const cDialogue& dialogue, std::ostream* out) { *out << dialogue.name; }
+
+constexpr auto SCIP1 = eSimDialect::SCIP1;
+constexpr auto SCIP2 = eSimDialect::SCIP2;
+constexpr auto SHORT = eSimModel::SHORT_RANGE;
+constexpr auto LONG = eSimModel::LONG_RANGE;
+
+const cDialogue DIALOGUES[] = {
+    {"Laser", SCIP2, SHORT, 0, "QT>00P|BM>00P|BM>02R|QT>00P|BM>00P"},
+    {"Stored", SCIP2, SHORT, 0,
+     "GD0044072501>10Q|GS0044072501;1>10Q|GDx044072501>01Q|GD0044x72501>02R|GD00440725x1>03S|"
+     "GD0044072601>04T|GD0045004401>05U|GD004407250>0Cc|GD00440725010>0Dd"},
+    {"Measuring", SCIP2, LONG, 0,
+     "MDx000108001000>01Q|MD0000108.01000>02R|MS00001080 1000>03S|MD000010800/000>03S|"
+     "MD0000108101000>04T|MD0002000101000>05U|MD000010800100>0Cc|MD>0Cc|MD00001080010000>0Dd|"
+     "MD0000108001-00>06V|MD00001080010x0>07W|MD000010800100x>07W"},
+    {"Adjust", SCIP2, SHORT, 0,
+     "TM1>04T|TM2;3>03S|TM3>01Q|TM>0Cc|BM>00P|TM0>00P|TM0>02R|VV>0Aa|BM>0Aa|TM2>00P|"
+     "GD0044072501>10Q"},
+    {"Strings", SCIP2, SHORT, 0,
+     "QT;0123456789abcdef>00P|QT;Z ._+@>00P|QT;>00P|QT;0123456789abcdefg>0Gg|QT;a-b>0Hh|"
+     "QT;1;2>0Hh"},
+    {"Unknown", SCIP2, SHORT, 0, "XX>0Ee|SCIP2.0>0Ee|V>0Ee|vv>0Ee|VV0>0Dd| >0Ee"},
+    {"LineSpeed", SCIP2, SHORT, 19200,
+     "SS01920x>01Q|SS012345>02R|SS019200>03S|SS>0Cc|SS0192000>0Dd"},
+    {"LineSpeedOfUsb", SCIP2, LONG, 0, "SS019200>04T|SSx>0Cc"},
+    {"Motor", SCIP2, SHORT, 0, "CR05>00P|CR05>03S|CR11>02R|CR99>00P|CRxx>01Q"},
+    {"MotorOfLong", SCIP2, LONG, 0, "CR05>04T|HS1>04T"},
+    {"Sensitivity", SCIP2, SHORT, 0, "HS1>00P|HS1>02R|HS0>00P|HS2>01Q"},
+    {"Reset", SCIP2, SHORT, 0, "BM>00P|RS>00P|BM>00P|RT>00P|TM0>00P|TM2>00P"},
+    {"Old", SCIP1, SHORT, 0,
+     "L2>1|SCIP2.0>1|VV;1>1|G04404301>1|G00076901>1|G0000010>1|G000001001>1|S0120001234567>1|"
+     "S019200123456>1|L0>0|L1>0"}};
+
+class SimDialogue : public testing::TestWithParam<cDialogue> {};
+
+}  // namespace
+
+// Catches: a wrong status, sum, echo or line end of any command, and a state that a command does
+// not change.
+TEST_P(SimDialogue, Answers) {
+  cSimSetting setting;
+  setting.dialect = GetParam().dialect;
+  setting.model = GetParam().model;
+  setting.speed = GetParam().speed;
+  const cSimSensor sensor(setting);
+  cRawHost host(sensor.getPath());
+  std::istringstream exchanges(GetParam().exchanges);
+  for (std::string command, status; std::getline(exchanges, command, '>');) {
+    std::getline(exchanges, status, '|');
+    EXPECT_EQ(host.ask(command), command + "\n" + status + "\n\n");
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Sim, SimDialogue, testing::ValuesIn(DIALOGUES), cCaseName());
+
+// Catches: line ends that are not heard, or heard twice; commands lost when several come at once;
+// a repetition that is answered like the first; a time without its sum.
+TEST(SimCommands, AreLines) {
+  const cSimSensor sensor((cSimSetting()));
+  cRawHost host(sensor.getPath());
+  host.write("\n\r\nQT\r\n\rBM\rTM2;");
+  EXPECT_EQ(host.readRecord(), "QT\n00P\n\n");
+  EXPECT_EQ(host.readRecord(), "BM\n00P\n\n");
+  EXPECT_EQ(host.ask("5"), "TM2;5\n03S\n\n");
+  host.write("HS1\nHS1\n");
+  EXPECT_EQ(host.readUntil("0Bb\n\n"), "HS1\n00P\n\nHS1\n0Bb\n\n");
+  const std::string kept(128, 'x');
+  EXPECT_EQ(host.ask(kept + "yz"), kept + "\n0Bb\n\n");
+  EXPECT_EQ(sensor.getCommands().size(), 6u);
+  EXPECT_TRUE(sensor.waitForCommand("HS", LONG_TIME, 2));
+  EXPECT_FALSE(sensor.waitForCommand("HS", std::chrono::milliseconds(0), 3));
+  host.ask("TM0");
+  const auto time = raw::lines(host.ask("TM1;a"));
+  ASSERT_EQ(time.size(), 4u);
+  EXPECT_EQ(time[2].size(), 5u);
+}
+
+// Catches: a setting for unknown and blank commands that is not obeyed, in either dialect.
+TEST(SimCommands, UnknownAndBlankOnesAreAnsweredAsSet) {
+  struct cRow {
+    eSimDialect dialect;
+    eSimUnknown how;
+    std::string answers;
+  };
+  for (const cRow& row : {cRow{SCIP2, eSimUnknown::STATUS, "XX\n0Ee\n\n\n0Ee\n\nQT\n00P\n\n"},
+                          cRow{SCIP2, eSimUnknown::ECHO_ONLY, "XX\n\n\n\nQT\n00P\n\n"},
+                          cRow{SCIP2, eSimUnknown::SILENT, "QT\n00P\n\n"},
+                          cRow{SCIP1, eSimUnknown::STATUS, "XX\n1\n\n\n1\n\nL0\n0\n\n"},
+                          cRow{SCIP1, eSimUnknown::ECHO_ONLY, "XX\n\n\n\nL0\n0\n\n"},
+                          cRow{SCIP1, eSimUnknown::SILENT, "L0\n0\n\n"}}) {
+    cSimSetting setting;
+    setting.dialect = row.dialect;
+    setting.unknownCommands = setting.blankCommands = row.how;
+    const cSimSensor sensor(setting);
+    cRawHost host(sensor.getPath());
+    const std::string last = row.dialect == SCIP2 ? "QT\n00P\n\n" : "L0\n0\n\n";
+    host.write("XX\n\n" + last.substr(0, 3));
+    EXPECT_EQ(host.readUntil(last), row.answers);
+  }
+}
