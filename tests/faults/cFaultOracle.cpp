@@ -1,0 +1,167 @@
+#include "tests/faults/cFaultOracle.h"
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <stdexcept>
+
+namespace {
+
+using cClock = std::chrono::steady_clock;
+
+constexpr double SLACK = 100;            // milliseconds that a call may be late
+constexpr double STARVED = 3;            // threads that wait for each other, at most
+constexpr double CORE = 0.05;            // of a core
+constexpr double BEGINNING = 0.02;       // seconds of CPU that a call may take anyway
+constexpr std::size_t MEMORY = 1 << 16;  // buffers of the C++ library
+constexpr std::size_t LOGGED = 128;      // what the sensor remembers of a command or scan
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr double SANITIZED = 10;
+#else
+constexpr double SANITIZED = 1;
+#endif
+
+std::set<int> getThreads() {
+  std::set<int> threads;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task"))
+    threads.insert(std::stoi(entry.path().filename()));
+  return threads;
+}
+
+std::set<int> getThreadsButThis() {
+  std::set<int> threads = getThreads();
+  threads.erase(gettid());
+  return threads;
+}
+
+/// What pthread_getcpuclockid would say of another thread, by its number; 0 if it has ended.
+double getCpuSeconds(int thread) {
+  timespec used = {};
+  const auto clock = static_cast<clockid_t>((~static_cast<unsigned>(thread) << 3) | 6U);
+  return clock_gettime(clock, &used) == 0
+             ? static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) / 1e9
+             : 0;
+}
+
+double millisecondsSince(cClock::time_point begin) {
+  return std::chrono::duration<double, std::milli>(cClock::now() - begin).count();
+}
+
+}  // namespace
+
+cSimSetting paced(eSimDialect dialect, double rate) {
+  cSimSetting setting;
+  setting.dialect = dialect;
+  setting.rate = rate;
+  return setting;
+}
+
+tDriver1 openDriver1(const std::string& path) {
+  return tDriver1(new cSensorDriverSCIP1(openLink(path)));
+}
+
+int startScan(iSCIP2IF& driver, int count) {
+  return driver.startScan(FIRST, LAST, 1, 0, count, FAR);
+}
+
+std::size_t countAllocated() {
+  const struct mallinfo2 info = mallinfo2();
+  return info.uordblks + info.hblkhd;
+}
+
+cStarvation::cStarvation()
+    : thread([this] {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, nullptr);
+        while (!stopping) {
+          const auto begin = cClock::now();
+          std::this_thread::sleep_for(std::chrono::milliseconds(5));
+          const double late = millisecondsSince(begin) - 5;
+          if (late > 1) total += static_cast<std::int64_t>(late * 1e3);
+        }
+      }) {}
+
+cStarvation::~cStarvation() {
+  stopping = true;
+  thread.join();
+}
+
+cFaultOracle::cFaultOracle(const cSimSensor& sensed)
+    : sensor(sensed),
+      others(getThreadsButThis()),
+      descriptors(countDescriptors()),
+      threads(countThreads()),
+      memory(countAllocated()) {}
+
+cFaultOracle::~cFaultOracle() {
+  EXPECT_TRUE(eventually([this] { return countThreads() <= threads; })) << "threads are left";
+  EXPECT_LE(countDescriptors(), descriptors);
+  const cSimCounters count = sensor.getCounters();
+  EXPECT_LE(countAllocated(), memory + MEMORY + LOGGED * (count.commands + count.scans));
+}
+
+double cFaultOracle::getLibrarySeconds() const {
+  double seconds = 0;
+  for (const int thread : getThreads())
+    if (others.count(thread) == 0) seconds += getCpuSeconds(thread);
+  return seconds;
+}
+
+void cFaultOracle::during(const char* what, int milliseconds, const std::function<void()>& action) {
+  const double starved = starvation.getMilliseconds();
+  const double used = getLibrarySeconds();
+  const auto begin = cClock::now();
+  action();
+  const double took = millisecondsSince(begin);
+  const double patience = SLACK + STARVED * (starvation.getMilliseconds() - starved);
+  EXPECT_LE(took, milliseconds + patience) << what << " came back too late";
+  EXPECT_LE(getLibrarySeconds() - used, SANITIZED * (BEGINNING + CORE * took / 1e3))
+      << what << " took too much of a core in " << took << " ms";
+}
+
+bool cFaultOracle::judge(const std::vector<int>& distances, int patience) {
+  if (distances.size() != POINTS) {
+    ++told;
+    return false;
+  }
+  const std::size_t noted = sensor.getCounters().scans;
+  for (std::size_t i = next; i <= noted; ++i) {
+    if (!sensor.waitForSentScans(i + 1, std::chrono::milliseconds(patience))) break;
+    if (i >= sent.size()) sent = sensor.getSentScans();
+    const std::uint32_t number = sent.at(i);
+    const bool isWide = std::any_of(distances.begin(), distances.end(),
+                                    [](int distance) { return distance > NEAR; });
+    for (const int most : {INT_MAX, NEAR}) {
+      if (isWide && most == NEAR) continue;
+      if (sensor.getTrueDistances(number, FIRST, LAST, 1, most) != distances) continue;
+      next = i + 1;
+      ++truths;
+      return true;
+    }
+  }
+  ++lies;
+  return false;
+}
+
+void cFaultOracle::follow(iSCIP2IF& driver, const std::function<bool()>& condition) {
+  const auto deadline = cClock::now() + LONG_TIME;
+  while (!condition()) {
+    ASSERT_LT(cClock::now(), deadline) << "what was waited for did not come";
+    try {
+      driver.waitScan(100);
+      while (driver.getScanNum() > 0) judge(distancesOf(driver.getScanFirst()));
+    } catch (const std::out_of_range&) {
+      ++told;
+    }
+  }
+}
+
+void cFaultOracle::expectTrueScan(iSCIP2IF& driver) {
+  const int before = truths;
+  follow(driver, [&] { return truths > before; });
+}

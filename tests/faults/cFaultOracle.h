@@ -1,0 +1,100 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/driver/support.h"
+
+// What every fault test asks for, and the waits that its calls may take, in milliseconds.
+constexpr int FIRST = 44;
+constexpr int LAST = 143;
+constexpr std::size_t POINTS = LAST - FIRST + 1;
+constexpr int FAR = 5600;     // asks for three characters a reading
+constexpr int NEAR = 4095;    // for two
+constexpr int READ = 300;     // a read under way, before a command's line is written
+constexpr int ANSWER = 2000;  // an answer of SCIP 2.0
+
+using tDriver1 = boost::shared_ptr<cSensorDriverSCIP1>;
+
+/// A sensor of that dialect that measures so often a second.
+cSimSetting paced(eSimDialect dialect = eSimDialect::SCIP2, double rate = 50);
+
+/// A SCIP 1.x driver without a detection.
+tDriver1 openDriver1(const std::string& path);
+
+/// The range above, without end.
+int startScan(iSCIP2IF& driver, int count = 0);
+
+/// How long the threads of this process that had something to do were kept waiting by a busy
+/// machine: one of its own sleeps again and again and adds up by how much it wakes too late.
+class cStarvation {
+ public:
+  cStarvation();
+  ~cStarvation();
+  double getMilliseconds() const { return static_cast<double>(total) / 1e3; }
+
+ private:
+  std::atomic<std::int64_t> total{0};  // microseconds
+  std::atomic<bool> stopping{false};
+  std::thread thread;
+};
+
+/// What holds whatever the far end of a cable does: no crash, no call that hangs or is late, no
+/// scan that differs from the truth where sums, lengths or the number of points tell it, hardly any
+/// CPU while the fault lasts, nothing left behind. Make it when the sensor is there and the driver
+/// is not; the driver goes first.
+class cFaultOracle {
+ public:
+  /// @param sensed  the sensor whose scans are judged
+  explicit cFaultOracle(const cSimSensor& sensed);
+  /// The end: no more descriptors, threads and memory than at the start.
+  ~cFaultOracle();
+
+  /// `action` ends within so many milliseconds (and 100, and what the machine was busy with other
+  /// things), and the caller and the library's threads use less than 5 % of a core meanwhile.
+  void during(const char* what, int milliseconds, const std::function<void()>& action);
+
+  /// Whether a scan is one that was sent after those judged before. Counted as true, as told (its
+  /// number of points gives it away), or as a lie.
+  /// @param patience  milliseconds; the host has a scan a moment before it is noted as sent
+  bool judge(const std::vector<int>& distances, int patience = 2000);
+  /// Takes and judges scans until the condition holds. One that throws is told.
+  void follow(iSCIP2IF& driver, const std::function<bool()>& condition);
+  /// The next scan that comes is true, or one of the few after it.
+  void expectTrueScan(iSCIP2IF& driver);
+
+  int truths = 0;
+  int told = 0;
+  int lies = 0;
+
+ private:
+  double getLibrarySeconds() const;
+
+  const cSimSensor& sensor;
+  const cStarvation starvation;
+  const std::set<int> others;  // threads that are not the library's
+  const int descriptors;
+  const int threads;
+  const std::size_t memory;
+  std::vector<std::uint32_t> sent;  // numbers of scans, as far as they were needed
+  std::size_t next = 0;             // the first among them that may still come
+};
+
+/// Bytes allocated in this process; 0 under a sanitizer, which has an allocator of its own.
+std::size_t countAllocated();
+
+/// Runs a test of SCIP 1.x in a process of its own, which may end by the one assertion that is
+/// meant: an answer with another number of points than asked for.
+#define EXPECT_CLEAN_OR_DELIBERATE(statement)                                       \
+  EXPECT_EXIT(                                                                      \
+      {                                                                             \
+        statement;                                                                  \
+        std::cerr << (testing::Test::HasFailure() ? "it failed" : "it ended well"); \
+        std::_Exit(0);                                                              \
+      },                                                                            \
+      [](int status) { return status == 0 || WTERMSIG(status) == SIGABRT; },        \
+      "it ended well|mixed response\\? \\(ret:.*px != 0")
