@@ -13,7 +13,9 @@
 ///
 /// A result of -1 is a refusal by the sensor or no answer within 2 s; the cause is `getErr()` or,
 /// with SCIP 2.0, what `cSensorDriverSCIP2::doRaw2` returns for the same command. With SCIP 1.x
-/// most operations only ask the adapter's thread, and 0 tells nothing of the sensor's answer.
+/// most operations only ask the adapter's thread, and 0 tells nothing of the sensor's answer. The
+/// fetches, `getStoredScan`, `abortScan` and `waitScan(int)` throw as `iScanList` tells; a fetch
+/// that fails keeps what was told before the fault.
 class TARVOLINK_API iSCIP2IF : public iScanList {
  public:
   /// Lights the laser ("BM"; SCIP 1.x: "L0"), so that stored scans are taken. 0 or -1, which may
@@ -31,8 +33,8 @@ class TARVOLINK_API iSCIP2IF : public iScanList {
   /// Sends "SS" without a speed, which sensors refuse: 0 or -1. SCIP 1.x: 0, nothing. Any thread.
   virtual int resetURG() = 0;
   virtual int fetchVersionStr() = 0;  ///< fills the texts ("VV"; SCIP 1.x: "V"). Any thread.
-  virtual int fetchParameters() = 0;  ///< fills the numbers ("PP"; SCIP 1.x: 0). Any thread.
-  virtual int updateStatus() = 0;     ///< fills the status ("II"; SCIP 1.x: 0). Any thread.
+  virtual int fetchParameters() = 0;  ///< fills the numbers ("PP"; SCIP 1.x: none). Any thread.
+  virtual int updateStatus() = 0;     ///< fills the status ("II"; SCIP 1.x: none). Any thread.
   /// Starts scanning ("MD" where `maxDistance` is above 4095, else "MS"; SCIP 1.x: "G" again and
   /// again). `interval` is the number of turns left out between two scans (0 to 9; SCIP 1.x:
   /// tenths of a second from scan to scan), `numScans` how many (1 to 99, SCIP 1.x one more; 0:
