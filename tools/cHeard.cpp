@@ -3,45 +3,52 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <sstream>
+#include <vector>
 
 namespace tool {
 
 namespace {
 
 constexpr std::size_t SAMPLE_SIZE = 24;
-constexpr auto ECHO_LINE = "VV\n";
 
-bool isText(char c) { return (c >= ' ' && c <= '~') || c == '\n' || c == '\t'; }
+bool isText(char c) { return (c >= ' ' && c <= '~') || c == '\n' || c == '\r' || c == '\t'; }
 
-std::string withoutReturns(std::string text) {
-  text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
-  return text;
+/// The lines that are not empty; carriage returns end lines too.
+std::vector<std::string> linesOf(std::string text) {
+  std::replace(text.begin(), text.end(), '\r', '\n');
+  std::istringstream stream(text);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(stream, line);) {
+    if (!line.empty()) lines.push_back(line);
+  }
+  return lines;
 }
 
-eHeard kindOf(const std::string& bytes) {
-  const std::string text = withoutReturns(bytes);
-  if (text.empty()) return eHeard::NOTHING;
-  const std::size_t echo = text.find(ECHO_LINE);
-  const bool isEchoed = echo != std::string::npos;
-  if (isEchoed && text.find_first_not_of('\n', echo + 3) != std::string::npos) {
-    return eHeard::ANSWER;
+eHeard kindOf(const cTraffic& traffic) {
+  const auto said = linesOf(traffic.sent);
+  const auto lines = linesOf(traffic.received);
+  if (traffic.heard == 0) return eHeard::NOTHING;
+  const auto isOwn = [&said](const std::string& line) {
+    return std::find(said.begin(), said.end(), line) != said.end();
+  };
+  if (std::any_of(lines.begin(), lines.end(), isOwn)) {
+    const bool isEcho = std::all_of(lines.begin(), lines.end(), isOwn);
+    return isEcho ? eHeard::OWN_WORDS : eHeard::ANSWER;
   }
-  if (isEchoed && text.find_first_not_of('\n') == echo) return eHeard::OWN_WORDS;
+  const std::string& text = traffic.received;
   return std::all_of(text.begin(), text.end(), isText) ? eHeard::TEXT : eHeard::GARBAGE;
 }
 
-std::string sampleOf(const std::string& bytes) {
-  const std::string text = withoutReturns(bytes);
-  const std::size_t begin = std::min(text.find_first_not_of('\n'), text.size());
-  return text.substr(begin, std::min(text.find('\n', begin) - begin, SAMPLE_SIZE));
+std::string sampleOf(const std::string& text) {
+  const auto lines = linesOf(text);
+  return lines.empty() ? "" : lines.front().substr(0, SAMPLE_SIZE);
 }
 
 }  // namespace
 
-const std::string cHeard::QUESTION = "\nVV\n";
-
-cHeard::cHeard(const std::string& bytes)
-    : kind(kindOf(bytes)), size(bytes.size()), sample(sampleOf(bytes)) {}
+cHeard::cHeard(const cTraffic& traffic)
+    : kind(kindOf(traffic)), size(traffic.heard), sample(sampleOf(traffic.received)) {}
 
 std::string cHeard::getText() const {
   switch (kind) {

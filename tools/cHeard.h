@@ -3,20 +3,17 @@
 
 #include <string>
 
+#include "tools/cWatchedPort.h"
+
 namespace tool {
 
 /// What kind of bytes came when a sensor was asked; the later ones tell more of the cause.
 enum class eHeard { NOTHING, GARBAGE, TEXT, OWN_WORDS, ANSWER };
 
-/// What a line said at one speed when it was asked for an identity. Plain text to text, no device.
+/// What a line said at one speed while a sensor was looked for. Plain text to text, no device.
 class cHeard {
  public:
-  /// Sent to hear something: an empty line, which ends what a wrong speed has left in the sensor's
-  /// line, and "VV", to which SCIP 2.0 sensors tell their identity and SCIP 1.x ones, at most, that
-  /// they do not know it.
-  static const std::string QUESTION;
-
-  explicit cHeard(const std::string& bytes);
+  explicit cHeard(const cTraffic& traffic);
 
   eHeard getKind() const { return kind; }
 

@@ -60,11 +60,6 @@ int openPort(const std::string& path) {
   return fd;
 }
 
-bool isAnswered(const std::string& heard) {
-  const std::size_t begin = heard.find_first_not_of('\n');
-  return begin != std::string::npos && heard.find("\n\n", begin) != std::string::npos;
-}
-
 }  // namespace
 
 cPort::cPort(const std::string& path) : name(path), hadTerminal(hasTerminal()), fd(openPort(path)) {
@@ -111,25 +106,6 @@ void cPort::giveBackTerminal() const {
 bool cPort::isGone() const {
   pollfd device{fd.get(), 0, 0};
   return poll(&device, 1, 0) > 0 && (device.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
-}
-
-std::string cPort::ask(const std::string& question) const {
-  using cClock = std::chrono::steady_clock;
-  tcflush(fd.get(), TCIFLUSH);
-  if (write(fd.get(), question.data(), question.size()) < 0) return "";
-  const auto deadline = cClock::now() + std::chrono::milliseconds(MOST_MS);
-  std::string heard;
-  while (heard.size() < MOST && !isAnswered(heard)) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - cClock::now()).count();
-    pollfd input{fd.get(), POLLIN, 0};
-    if (left <= 0 || poll(&input, 1, static_cast<int>(left)) == 0) break;
-    char buffer[256];
-    const ssize_t got = read(fd.get(), buffer, sizeof buffer);
-    if (got == 0 || (got < 0 && errno != EINTR && errno != EAGAIN)) break;
-    if (got > 0) heard.append(buffer, static_cast<std::size_t>(got));
-  }
-  return heard;
 }
 
 }  // namespace tool

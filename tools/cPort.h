@@ -29,14 +29,6 @@ class cPort {
   /// True once the device is gone: unplugged, its driver removed.
   bool isGone() const;
 
-  /// What it says within `MOST_MS` when `question` is sent, up to `MOST` characters: until an
-  /// empty line after others ends an answer. Forgets what waited before. Only while nobody else
-  /// reads the port.
-  std::string ask(const std::string& question) const;
-
-  static constexpr int MOST_MS = 300;
-  static constexpr std::size_t MOST = 4096;
-
  private:
   void requireFree() const;
   void putRight() const;

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "tools/cFailure.h"
+#include "tools/cHeard.h"
 #include "tools/cSearchProgress.h"
 
 namespace tool {
@@ -25,10 +26,10 @@ const std::vector<int>& cSearch::usualSpeeds() {
   return speeds;
 }
 
-cSearch::cSearch(const std::string& device, const cPort& tty, boost::shared_ptr<cTarvoLink> over,
-                 const std::vector<int>& speeds)
-    : name(device), port(tty), link(over) {
-  const int present = link->portbuf->getSetting()->baudRate;
+cSearch::cSearch(const std::string& device, const cPort& tty, cWatchedPort& over,
+                 boost::shared_ptr<cTarvoLink> through, const std::vector<int>& speeds)
+    : name(device), port(tty), watched(over), link(through) {
+  const int present = watched.getSetting()->baudRate;
   // With one speed alone, three detections of it; else the first is the present speed's.
   if (speeds.size() > 1 || speeds.front() != present) detections.push_back(present);
   for (int pass = 0; pass < PASSES; ++pass) {
@@ -37,15 +38,16 @@ cSearch::cSearch(const std::string& device, const cPort& tty, boost::shared_ptr<
 }
 
 boost::shared_ptr<cSensorDriver> cSearch::run(cStop& stop) {
-  const double most = static_cast<double>(detections.size()) * DETECTION_S;
-  cSearchProgress progress(most, stop);
-  link->portbuf->readTimeout = READ_TIMEOUT;
+  watched.readTimeout = READ_TIMEOUT;
+  watched.watch(detections.front());
+  cSearchProgress progress(watched, static_cast<double>(detections.size()) * DETECTION_S, stop);
   for (std::size_t i = 0; i < detections.size(); ++i) {
-    const int speed = detections[i];
-    if (i > 0) setSpeed(speed);
-    progress.begin(speed);
-    if (isNew(speed)) progress.setHeard(listen(speed));
-    if (auto driver = cSensorDriverManager::tryCreate(link)) return driver;
+    if (i > 0) setSpeed(detections[i]);
+    watched.watch(detections[i]);
+    if (auto driver = cSensorDriverManager::tryCreate(link)) {
+      watched.ignore();
+      return driver;
+    }
     if (port.isGone()) {
       throw cPassingFailure(eExit::BAD_INPUT,
                             fmt::format("{} has gone while a sensor was looked for on it. Look at "
@@ -56,29 +58,19 @@ boost::shared_ptr<cSensorDriver> cSearch::run(cStop& stop) {
   fail();
 }
 
-bool cSearch::isNew(int speed) const {
-  return std::none_of(heard.begin(), heard.end(),
-                      [speed](const auto& known) { return known.first == speed; });
-}
-
-void cSearch::setSpeed(int speed) {
-  const auto& setting = link->portbuf->getSetting();
+void cSearch::setSpeed(int speed) const {
+  const auto& setting = watched.getSetting();
   setting->baudRate = speed;
-  link->portbuf->termSetup(setting);
-}
-
-std::size_t cSearch::listen(int speed) {
-  const std::string bytes = port.ask(cHeard::QUESTION);
-  heard.emplace_back(speed, bytes);
-  return bytes.size();
+  watched.termSetup(setting);
 }
 
 void cSearch::fail() const {
   std::string text = fmt::format("no sensor answers on {}. Heard there when asked:", name);
   eHeard best = eHeard::NOTHING;
-  for (const auto& [speed, what] : heard) {
-    text += fmt::format("\n  at {} bits/s: {}", speed, what.getText());
-    best = std::max(best, what.getKind());
+  for (const cTraffic& traffic : watched.getAllTraffic()) {
+    const cHeard heard(traffic);
+    text += fmt::format("\n  at {} bits/s: {}", traffic.speed, heard.getText());
+    best = std::max(best, heard.getKind());
   }
   throw cPassingFailure(
       eExit::NO_SENSOR,

@@ -8,47 +8,44 @@ namespace {
 
 constexpr std::chrono::milliseconds TICK{200};
 
+const char* dialectOf(const std::string& command) {
+  if (command.empty()) return "listening";
+  return command == "V" || command == "SCIP2.0" ? "SCIP 1.x" : "SCIP 2.0";
+}
+
 }  // namespace
 
-cSearchProgress::cSearchProgress(double most, cStop& stop)
-    : mostSeconds(most),
-      farewell(stop, [this] { line.clear(); }),
+cSearchProgress::cSearchProgress(const cWatchedPort& watched, double most, cStop& stop)
+    : port(watched),
+      mostSeconds(most),
+      farewell(stop, [this] { end(); }),
       shower(&cSearchProgress::keepShowing, this) {}
 
 cSearchProgress::~cSearchProgress() {
-  {
-    const std::lock_guard<std::mutex> lock(mutex);
-    isOver = true;
-    changed.notify_all();
-  }
+  end();
   shower.join();
 }
 
-void cSearchProgress::begin(int speed) {
+void cSearchProgress::end() {
   const std::lock_guard<std::mutex> lock(mutex);
-  if (speed != lineSpeed) heard = 0;
-  lineSpeed = speed;
-  changed.notify_all();
-}
-
-void cSearchProgress::setHeard(std::size_t bytes) {
-  const std::lock_guard<std::mutex> lock(mutex);
-  heard = bytes;
+  isOver = true;
+  line.clear();
   changed.notify_all();
 }
 
 void cSearchProgress::keepShowing() {
   std::unique_lock<std::mutex> lock(mutex);
   while (!isOver) {
-    if (lineSpeed != 0) line.show(getText());
+    line.show(getText());
     changed.wait_for(lock, TICK);
   }
 }
 
 std::string cSearchProgress::getText() const {
   const std::chrono::duration<double> passed = cClock::now() - start;
-  return fmt::format("{} bits/s, SCIP 2.0 then 1.x: {} bytes heard, {:.0f} s of {:.0f} at most",
-                     lineSpeed, heard, passed.count(), mostSeconds);
+  const cTraffic traffic = port.getTraffic();
+  return fmt::format("{} bits/s, {}: {} bytes heard, {:.0f} s of {:.0f} at most", traffic.speed,
+                     dialectOf(traffic.lastCommand), traffic.heard, passed.count(), mostSeconds);
 }
 
 }  // namespace tool

@@ -9,6 +9,7 @@
 
 #include "tools/cStatusLine.h"
 #include "tools/cStop.h"
+#include "tools/cWatchedPort.h"
 
 namespace tool {
 
@@ -16,34 +17,28 @@ namespace tool {
 /// with this, also when `stop` ends the process.
 class cSearchProgress {
  public:
-  /// A search that takes `most` seconds at most.
-  cSearchProgress(double most, cStop& stop);
+  /// A search on `watched` that takes `most` seconds at most.
+  cSearchProgress(const cWatchedPort& watched, double most, cStop& stop);
   cSearchProgress(const cSearchProgress&) = delete;
   cSearchProgress& operator=(const cSearchProgress&) = delete;
   ~cSearchProgress();
-
-  /// A detection at `speed` begins.
-  void begin(int speed);
-
-  /// So many bytes came when the line was asked at this speed.
-  void setHeard(std::size_t bytes);
 
  private:
   using cClock = std::chrono::steady_clock;
 
   void keepShowing();
+  void end();
   std::string getText() const;
 
+  const cWatchedPort& port;
   const double mostSeconds;
   const cClock::time_point start = cClock::now();
   cStatusLine line;
-  const cStop::cFarewell farewell;
   std::mutex mutex;
-  std::condition_variable changed;  // any of the fields below, which are under mutex
-  int lineSpeed = 0;
-  std::size_t heard = 0;
-  bool isOver = false;
-  std::thread shower;  // last: it uses all the others
+  std::condition_variable changed;  // isOver
+  bool isOver = false;              // under mutex
+  const cStop::cFarewell farewell;  // uses all above
+  std::thread shower;               // too
 };
 
 }  // namespace tool

@@ -44,7 +44,8 @@ cSensor::cSensor(const cDeviceName& device, cStop& stop)
       path(simulated ? simulated->getPath() : device.getText()),
       port(path),
       setting(settingFor(device)),
-      link(openLink()) {
+      watched(openPort()),
+      link(boost::make_shared<cTarvoLink>(watched)) {
   const cStop::cAtOnce nothingToStop(stop);
   driver = find(device, stop);
   if (isOld()) guard.emplace();
@@ -53,20 +54,20 @@ cSensor::cSensor(const cDeviceName& device, cStop& stop)
   fetchMissing();
 }
 
-boost::shared_ptr<cTarvoLink> cSensor::openLink() const {
-  const auto portbuf = boost::make_shared<kavTBX::basic_portbuf<char>>(path, setting);
+boost::shared_ptr<cWatchedPort> cSensor::openPort() const {
+  auto opened = boost::make_shared<cWatchedPort>(path, setting);
   port.giveBackTerminal();
-  return boost::make_shared<cTarvoLink>(portbuf);
+  return opened;
 }
 
 boost::shared_ptr<cSensorDriver> cSensor::find(const cDeviceName& device, cStop& stop) const {
   const std::string& name = device.getText();
   if (device.getSpeed() != 0) {
     notice(fmt::format("looking for a sensor on {} at {} bits/s", name, device.getSpeed()));
-    return cSearch(name, port, link, {device.getSpeed()}).run(stop);
+    return cSearch(name, port, *watched, link, {device.getSpeed()}).run(stop);
   }
   notice(fmt::format("looking for a sensor on {} (up to 64 s when nothing answers)", name));
-  return cSearch(name, port, link, cSearch::usualSpeeds()).run(stop);
+  return cSearch(name, port, *watched, link, cSearch::usualSpeeds()).run(stop);
 }
 
 bool cSensor::isOld() const {

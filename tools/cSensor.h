@@ -10,6 +10,7 @@
 #include "tools/cDeviceName.h"
 #include "tools/cPort.h"
 #include "tools/cStop.h"
+#include "tools/cWatchedPort.h"
 
 namespace tool {
 
@@ -42,7 +43,7 @@ class cSensor {
   cSCIPRecord getLastRecord() const;
 
  private:
-  boost::shared_ptr<cTarvoLink> openLink() const;
+  boost::shared_ptr<cWatchedPort> openPort() const;
   boost::shared_ptr<cSensorDriver> find(const cDeviceName& device, cStop& stop) const;
   void quieten() const;
   void fetchMissing() const;
@@ -54,6 +55,7 @@ class cSensor {
   const std::string path;
   const cPort port;
   const boost::shared_ptr<kavTBX::cPortSetting> setting;  // the search leaves the speed in it
+  const boost::shared_ptr<cWatchedPort> watched;
   const boost::shared_ptr<cTarvoLink> link;
   std::optional<cAbortGuard> guard;  // of a SCIP 1.x driver, until its thread has ended
   boost::shared_ptr<cSensorDriver> driver;

@@ -1,0 +1,57 @@
+#ifndef TARVOLINK_TOOLS_CWATCHEDPORT_H
+#define TARVOLINK_TOOLS_CWATCHEDPORT_H
+
+#include <cstddef>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tarvolink/tarvolink.h"
+
+namespace tool {
+
+/// What went over a line at one speed. A plain value.
+struct cTraffic {
+  int speed = 0;              ///< bits per second
+  std::string sent{};         ///< the first 4 KiB
+  std::string received{};     ///< the first 4 KiB
+  std::size_t heard = 0;      ///< characters received in all
+  std::string lastCommand{};  ///< without its tag; "": none since it is watched
+};
+
+/// The library's port on a tty, watched while it looks for a sensor: the library tells of a
+/// detection only whether it succeeded, and a second reader would take bytes away from it.
+class cWatchedPort : public kavTBX::basic_portbuf<char> {
+ public:
+  using kavTBX::basic_portbuf<char>::basic_portbuf;
+
+  /// What passes from now on belongs to `speed`, with what passed at it before. Any thread.
+  void watch(int speed);
+
+  /// Looks away: nothing is noted any more. Any thread.
+  void ignore();
+
+  /// What passed at the speed that is watched, or was last. Any thread.
+  cTraffic getTraffic() const;
+
+  /// What passed at each speed, in the order they were first watched. Any thread.
+  std::vector<cTraffic> getAllTraffic() const;
+
+ protected:
+  int_type underflow() override;
+  std::streamsize xsputn(const char* s, std::streamsize n) override;
+
+ private:
+  void noteReceived(std::string_view characters);
+  void noteSent(std::string_view characters);
+
+  mutable std::mutex mutex;
+  std::vector<cTraffic> traffic;  // under mutex
+  std::size_t latest = 0;         // under mutex: the place of the speed that is watched
+  bool isWatching = false;        // under mutex
+};
+
+}  // namespace tool
+
+#endif
