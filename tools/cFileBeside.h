@@ -10,8 +10,8 @@ namespace tool {
 /// symbolic link stays. Gone with this unless it has taken its place or is kept.
 class cFileBeside {
  public:
-  /// Makes the file. Throws `cFailure` when what is at `path` is no regular file, or its folder
-  /// takes none; everything is as it was then.
+  /// Makes the file. Throws `cFailure` when what is at `path` is no regular file or is protected
+  /// against writing, or its folder takes none; everything is as it was then.
   explicit cFileBeside(const std::string& path);
   cFileBeside(const cFileBeside&) = delete;
   cFileBeside& operator=(const cFileBeside&) = delete;
