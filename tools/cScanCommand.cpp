@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
+
 #include "tools/cFailure.h"
 #include "tools/deviceOptions.h"
 #include "tools/rangeOptions.h"
@@ -30,10 +32,21 @@ void cScanCommand::run() {
                     order.wanted));
   }
   order.range.check();
-  if (!order.plot.empty()) checkReplaceable(order.plot);
+  if (!order.plot.empty()) checkPlot();
   const cDeviceName name(order.device);
   cStop stop;
   cScanJob(order, name, stop).run();
+}
+
+void cScanCommand::checkPlot() const {
+  using cPath = std::filesystem::path;
+  if (cPath(order.plot).lexically_normal() == cPath(order.file).lexically_normal()) {
+    throw cFailure(eExit::BAD_INPUT,
+                   fmt::format("-o and --plot are both {}: the drawing would replace the scans. "
+                               "Give two files.",
+                               order.plot));
+  }
+  checkReplaceable(order.plot);
 }
 
 }  // namespace tool

@@ -17,6 +17,8 @@ class cScanCommand : public iCommand {
   void run() override;
 
  private:
+  void checkPlot() const;
+
   cScanOrder order;
 };
 
