@@ -44,6 +44,9 @@ int openDirect(const std::string& file, bool isReplacing) {
   return given;
 }
 
+/// So is what was closed when the program started.
+bool isReadOnly(int fd) { return (fcntl(fd, F_GETFL) & O_ACCMODE) == O_RDONLY; }
+
 }  // namespace
 
 cOutput::cOutput(const std::string& path, const cStop& ender)
@@ -55,6 +58,8 @@ cOutput::cOutput(const std::string& path, const cStop& ender)
     checkReplaceable(name);
   } else if (direct.get() < 0) {
     fail();
+  } else if (isReadOnly(direct.get())) {
+    failToWrite(name, EBADF);
   }
 }
 
