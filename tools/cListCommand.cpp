@@ -86,17 +86,6 @@ nlohmann::ordered_json toJson(const cRow& row) {
   return object;
 }
 
-void write(const std::vector<cRow>& rows, bool json, cOutput& output) {
-  auto array = nlohmann::ordered_json::array();
-  std::string text;
-  for (const cRow& row : rows) {
-    array.push_back(toJson(row));
-    text += toText(row);
-  }
-  using cHandler = nlohmann::ordered_json::error_handler_t;
-  output.write(json ? array.dump(2, ' ', true, cHandler::replace) + "\n" : text);
-}
-
 }  // namespace
 
 cListCommand::cListCommand(CLI::App& app)
@@ -112,15 +101,21 @@ cListCommand::cListCommand(CLI::App& app)
 void cListCommand::run() {
   cStop stop;
   cOutput output("", stop);
-  std::vector<cRow> rows;
-  for (const cSerialDevice& device : cSerialDevice::all()) {
+  auto array = nlohmann::ordered_json::array();
+  const auto devices = cSerialDevice::all();
+  for (const cSerialDevice& device : devices) {
     const bool isFree = device.getAccess().mayOpen() && device.getHolders().empty();
     cRow row{device, {}};
     if (isProbing && isFree) row.finding = probe(device.getPath(), stop);
-    rows.push_back(row);
+    if (json) {
+      array.push_back(toJson(row));
+    } else {
+      output.write(toText(row));
+    }
   }
-  if (rows.empty()) notice("no serial device here; 'sim:' is a simulated sensor");
-  write(rows, json, output);
+  if (devices.empty()) notice("no serial device here; 'sim:' is a simulated sensor");
+  using cHandler = nlohmann::ordered_json::error_handler_t;
+  if (json) output.write(array.dump(2, ' ', true, cHandler::replace) + "\n");
 }
 
 }  // namespace tool
