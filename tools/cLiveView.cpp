@@ -35,7 +35,7 @@ void cLiveView::drawOnce(cOutput& output, const cStop& stop) {
   output.write(text);
 }
 
-void cLiveView::run(cOutput& output, const cStop& stop) {
+void cLiveView::run(cOutput& output, cStop& stop) {
   palette = cPalette(terminalColours());
   cTerminal terminal(output, stop);
   while (!isOver && !output.isOver() && !stop.isRequested()) {

@@ -26,7 +26,7 @@ class cLiveView {
 
   /// Goes on until a key or `stop` ends it. Throws as `cScanRun::next`; the terminal is given back
   /// first.
-  void run(cOutput& output, const cStop& stop);
+  void run(cOutput& output, cStop& stop);
 
  private:
   using cClock = std::chrono::steady_clock;

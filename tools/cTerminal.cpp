@@ -64,7 +64,8 @@ void noteResume(int) { hasResumed = true; }
 
 }  // namespace
 
-cTerminal::cTerminal(cOutput& screen, const cStop& ender) : output(screen), stop(ender) {
+cTerminal::cTerminal(cOutput& screen, cStop& ender)
+    : output(screen), stop(ender), farewell(ender, giveBack) {
   terminal = output.getDescriptor();
   for (const int number : FATAL) handle(number, endFatally, static_cast<int>(SA_RESETHAND));
   handle(SIGTSTP, noteSuspend, SA_RESTART);

@@ -15,13 +15,13 @@ namespace tool {
 /// as they are typed (termios(3)). Messages to the terminal are held back meanwhile.
 ///
 /// It is given back whatever ends the program: the destructor, Ctrl-Z (and taken again after
-/// `fg`), signals that kill. Only SIGKILL cannot be helped. One at a time in a process; belongs
-/// to one thread.
+/// `fg`), `cStop`, signals that kill. Only SIGKILL cannot be helped. One at a time in a process;
+/// belongs to one thread.
 class cTerminal {
  public:
   /// Takes the terminal that `screen` writes to, once the process is in its foreground. Both
   /// must outlive it.
-  cTerminal(cOutput& screen, const cStop& ender);
+  cTerminal(cOutput& screen, cStop& ender);
   cTerminal(const cTerminal&) = delete;
   cTerminal& operator=(const cTerminal&) = delete;
   ~cTerminal();
@@ -48,7 +48,8 @@ class cTerminal {
 
   cOutput& output;
   const cStop& stop;
-  std::vector<std::string> shown;  // empty: not known
+  const cStop::cFarewell farewell;  // for a write that never returns
+  std::vector<std::string> shown;   // empty: not known
   std::vector<std::pair<int, struct sigaction>> handledBefore;
 };
 
