@@ -17,10 +17,12 @@ struct cTally {
   int reconnects = 0;  ///< times that the sensor was found again
   bool isStarted = false;
 
-  /// "20 scans, 9.98 a second, 0 dropped, 0 reconnects".
+  /// "20 scans, 9.98 a second, 0 dropped, 0 reconnects"; a single scan has no rate.
   std::string getText() const {
-    return fmt::format("{} scans, {:.2f} a second, {} dropped, {} reconnects", meter.getTotal(),
-                       meter.getMeanRate(), dropped, reconnects);
+    const std::size_t scans = meter.getTotal();
+    const std::string rate = scans > 1 ? fmt::format("{:.2f} a second, ", meter.getMeanRate()) : "";
+    return fmt::format("{} scan{}, {}{} dropped, {} reconnects", scans, scans == 1 ? "" : "s", rate,
+                       dropped, reconnects);
   }
 };
 

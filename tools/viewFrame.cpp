@@ -47,6 +47,7 @@ std::vector<std::string> viewFrame(const cTerminalSize& size, const cPalette& pa
   const std::string meaning = meaningOf(picture);
   const std::string last = (help.empty() ? meaning : meaning + " | " + help).substr(0, width);
   lines.push_back(palette.faint() + last + palette.plain());
+  lines.resize(static_cast<std::size_t>(std::clamp(size.rows, 1, static_cast<int>(lines.size()))));
   return lines;
 }
 

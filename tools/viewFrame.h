@@ -22,7 +22,7 @@ struct cViewStatus {
 
 /// The lines of one picture, as many as `size` has rows: the polar picture of `readings` (a scan
 /// of which only distances are left; null: none came yet), the status, and a last line of what the
-/// rings mean and, after it, `help`. No line is wider than `size`.
+/// rings mean and, after it, `help`. No line is wider than `size`; a single row is the status.
 std::vector<std::string> viewFrame(const cTerminalSize& size, const cPalette& palette,
                                    const cPolarScale& scale, const cScan* readings,
                                    const cViewStatus& status, const std::string& help);
