@@ -35,18 +35,6 @@ TEST(MessQueue, keepsTheOrderOfEachPoster) {
     EXPECT_EQ(item % ITEMS, next[static_cast<std::size_t>(item / ITEMS)]++);
   }
   for (auto& poster : posters) poster.join();
-  EXPECT_TRUE(queue.queue.empty());
-}
-
-TEST(MessQueue, closedGivesWhatIsLeftAndTakesNoMore) {
-  tQueue queue;
-  EXPECT_TRUE(queue.postIfOpen(1));
-  queue.post(2);
-  std::vector<int> left;
-  queue.close([&left](int item) { left.push_back(item); });
-  EXPECT_EQ(left, (std::vector<int>{1, 2}));
-  EXPECT_FALSE(queue.postIfOpen(3));
-  EXPECT_TRUE(queue.queue.empty());
 }
 
 }  // namespace

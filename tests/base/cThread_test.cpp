@@ -5,14 +5,12 @@
 
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <stdexcept>
 
 #include "tarvolink/base/cBSync.h"
+#include "tests/base/measure.h"
 
 namespace {
-
-constexpr int PATIENCE = 8000;  // milliseconds
 
 /// A worker whose hooks count their calls and do what a test tells them.
 class cWorker : public kavTBX::cThread {
@@ -46,13 +44,11 @@ class cWorker : public kavTBX::cThread {
   }
 };
 
-// Would catch a second worker on the same queue, and a caller that talks to one not ready.
-TEST(Thread, runsOneWorkerAndReturnsOnceItIsReady) {
+// Would catch a second worker on the same queue.
+TEST(Thread, runsOneWorkerUntilItIsStoppedForGood) {
   cWorker worker;
-  worker.init = [] { kavTBX::cBSync().wait_and_reset(50); };
   EXPECT_FALSE(worker.wasStarted());
   worker.run();
-  EXPECT_EQ(worker.inits, 1);
   worker.run();
   EXPECT_TRUE(worker.wasStarted());
   for (int pass = 1; pass <= 3; ++pass) {
@@ -62,28 +58,19 @@ TEST(Thread, runsOneWorkerAndReturnsOnceItIsReady) {
   }
   ASSERT_TRUE(worker.passed.wait_and_reset(PATIENCE));
   worker.finalize();
-  EXPECT_EQ(worker.inits, 1);
   EXPECT_EQ(worker.requests, 1);
+  worker.finalize();
+  worker.run();
+  EXPECT_EQ(worker.inits, 1);
   EXPECT_EQ(worker.passes, 4);
 }
 
 TEST(Thread, finalizeReturnsAtOnceWithoutAWorkerAndRunThenDoesNothing) {
   cWorker worker;
   worker.finalize();
-  worker.finalize();
   worker.run();
   EXPECT_FALSE(worker.wasStarted());
   EXPECT_EQ(worker.inits, 0);
-}
-
-TEST(Thread, finalizeReturnsAtOnceAfterTheWorkerEnded) {
-  cWorker worker;
-  worker.run();
-  worker.finalize();
-  worker.finalize();
-  worker.run();
-  EXPECT_EQ(worker.inits, 1);
-  EXPECT_LE(worker.passes, 1);
 }
 
 // Would catch a host that is ended by std::terminate, or waits for ever in run.
@@ -115,48 +102,42 @@ TEST(Thread, blocksSignalsInTheWorkerOnly) {
   }
 }
 
-TEST(Thread, runAndFinalizeAreNotLeftByAnInterruptedThread) {
+// Would catch a caller that talks to a worker not ready, or destroys one that still runs.
+TEST(Thread, runAndFinalizeReturnWhenTheyAreDoneAlsoToAnInterruptedThread) {
+  kavTBX::cBSync proceed;
   cWorker worker;
-  worker.init = [] { kavTBX::cBSync().wait_and_reset(20); };
-  kavTBX::cBSync start;
-  int seen = -1;
-  boost::thread host([&] {
-    start.wait();
-    worker.run();
-    seen = worker.inits;
-    worker.finalize();
-  });
-  host.interrupt();
-  start.unblock();
-  host.join();
-  EXPECT_EQ(seen, 1);
+  worker.init = worker.work = [&proceed] { proceed.wait_and_reset(); };
+  for (const auto step : {&kavTBX::cThread::run, &kavTBX::cThread::finalize}) {
+    boost::thread host([&] { (worker.*step)(); });
+    host.interrupt();
+    EXPECT_FALSE(host.try_join_for(boost::chrono::milliseconds(50)));
+    proceed.unblock();
+    host.join();
+  }
+  EXPECT_EQ(worker.inits, 1);
 }
 
-/// Ends by itself a while after `entered`, and its class stops nothing.
-class cUnstopped : public kavTBX::cThread {
- public:
-  cUnstopped(kavTBX::cBSync& givenEntered, std::atomic<bool>& givenEnd)
-      : entered(givenEntered), end(givenEnd) {}
+/// Ends by itself, and its class stops nothing.
+struct cUnstopped : kavTBX::cThread {
+  cUnstopped(kavTBX::cBSync& givenEntered, bool& givenEnd) : entered(givenEntered), end(givenEnd) {}
 
- protected:
   void threadInit() override {}
   void threadFunc() override {
-    std::atomic<bool>& hasEnded = end;
+    bool& hasEnded = end;
     setFinishing();
     entered.unblock();
-    kavTBX::cBSync().wait_and_reset(50);
+    kavTBX::cBSync().wait_and_reset(50);  // for a fault to show
     hasEnded = true;
   }
   void threadFinReq() override {}
 
- private:
   kavTBX::cBSync& entered;
-  std::atomic<bool>& end;
+  bool& end;
 };
 
 TEST(Thread, isJoinedByItsDestructor) {
   kavTBX::cBSync entered;
-  std::atomic<bool> hasEnded{false};
+  bool hasEnded = false;
   {
     cUnstopped thread(entered, hasEnded);
     thread.run();

@@ -1,6 +1,8 @@
 // What a cPortSetting makes of the line's attributes.
 #include <gtest/gtest.h>
 
+#include <boost/make_shared.hpp>
+
 #include "tarvolink/port/basic_portbuf.h"
 #include "tests/support/cCaseName.h"
 #include "tests/support/cPtyPair.h"
@@ -11,20 +13,11 @@ namespace {
 using kavTBX::cPortSetting;
 using tPort = kavTBX::basic_portbuf<char>;
 
-boost::shared_ptr<cPortSetting> share(const cPortSetting& setting) {
-  return boost::shared_ptr<cPortSetting>(new cPortSetting(setting));
-}
-
-cPortSetting setting(int baud, int bits = 8, int stops = 1, int parity = 0, bool soft = false,
-                     bool hard = false) {
-  cPortSetting made;
-  made.baudRate = baud;
-  made.charLength = bits;
-  made.stopBits = stops;
-  made.parity = parity;
-  made.softFlowControl = soft;
-  made.hardFlowControl = hard;
-  return made;
+/// Sets the line up; what is said about it on standard error.
+std::string setUp(tPort& port, const cPortSetting& wanted, bool succeeds) {
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(port.termSetup(boost::make_shared<cPortSetting>(wanted)), succeeds);
+  return testing::internal::GetCapturedStderr();
 }
 
 /// A line whose attributes are all that raw mode must change, and some that it must not.
@@ -41,33 +34,31 @@ termios makePeculiar(const cPtyPair& cable) {
   return cable.getAttributes();
 }
 
-constexpr tcflag_t CHANGED_CONTROL = CSIZE | CSTOPB | PARENB | CRTSCTS | CBAUD | CBAUDEX;
-
-struct cCase {
+struct cLine {
   const char* name;
   cPortSetting wanted;
   speed_t speed;
-  tcflag_t control;  // the bits of CHANGED_CONTROL expected beside the speed
-  const char* complaint;
+  tcflag_t control = CS8;  // beside the speed, of the bits that are not left alone
+  const char* complaint = "";
 };
 
-class TermSetup : public testing::TestWithParam<cCase> {};
+class TermSetup : public testing::TestWithParam<cLine> {};
 
 TEST_P(TermSetup, setsWhatIsToldAndLeavesTheRest) {
-  const cCase& expected = GetParam();
+  const cLine& expected = GetParam();
+  const cPortSetting ALL{115200, 8, 2, 1, true, true};
   cPtyPair cable;
   const termios saved = makePeculiar(cable);
-  tPort port(cable.getPath(), share(setting(115200, 8, 2, 1, true, true)));  // to start over from
-  testing::internal::CaptureStderr();
-  EXPECT_TRUE(port.termSetup(share(expected.wanted)));
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), expected.complaint);
+  tPort port(cable.getPath(), boost::make_shared<cPortSetting>(ALL));  // to start over from
+  EXPECT_EQ(setUp(port, expected.wanted, true), expected.complaint);
   const termios& got = syscalls::wanted;
   const bool soft = expected.wanted.softFlowControl;
   constexpr tcflag_t SPEED_0_MARK = 020000000000;  // glibc's own, for cfsetspeed(B0)
   EXPECT_EQ(got.c_iflag & ~SPEED_0_MARK, IXOFF | INLCR | IGNCR | IGNPAR | (soft ? IXON : 0u));
   EXPECT_EQ(got.c_oflag, static_cast<tcflag_t>(ONLCR));
   EXPECT_EQ(got.c_lflag, static_cast<tcflag_t>(ECHOE | IEXTEN));
-  tcflag_t control = (saved.c_cflag & ~CHANGED_CONTROL) | expected.control | expected.speed;
+  constexpr tcflag_t CHANGED = CSIZE | CSTOPB | PARENB | CRTSCTS | CBAUD | CBAUDEX;
+  tcflag_t control = (saved.c_cflag & ~CHANGED) | expected.control | expected.speed;
   if (expected.wanted.parity != 0 && expected.wanted.parity != 2) {
     control = PARODD | expected.control;  // of the whole word that one bit stays
   }
@@ -78,25 +69,21 @@ TEST_P(TermSetup, setsWhatIsToldAndLeavesTheRest) {
   EXPECT_EQ(syscalls::when, TCSADRAIN);
 }
 
+constexpr auto UNKNOWN = "PortSetting:: Invalid Baud Rate : 4800\n";
+
 INSTANTIATE_TEST_SUITE_P(
     Port, TermSetup,
-    testing::Values(
-        cCase{"default", cPortSetting(), B115200, CS8, ""},
-        cCase{"at9600", setting(9600), B9600, CS8, ""},
-        cCase{"at19200", setting(19200), B19200, CS8, ""},
-        cCase{"at38400", setting(38400), B38400, CS8, ""},
-        cCase{"at57600", setting(57600), B57600, CS8, ""},
-        cCase{"at230400", setting(230400), B230400, CS8, ""},
-        cCase{"at460800", setting(460800), B460800, CS8, ""},
-        cCase{"at500000", setting(500000), B500000, CS8, ""},
-        cCase{"unknownSpeed", setting(4800), B0, CS8, "PortSetting:: Invalid Baud Rate : 4800\n"},
-        cCase{"negativeSpeed", setting(-1), B0, CS8, "PortSetting:: Invalid Baud Rate : -1\n"},
-        cCase{"sevenBits", setting(115200, 7), B115200, CS7, ""},
-        cCase{"twoStopBits", setting(115200, 8, 2), B115200, CS8 | CSTOPB, ""},
-        cCase{"oddParity", setting(115200, 8, 1, 2), B115200, CS8 | PARENB, ""},
-        cCase{"otherParity", setting(115200, 8, 2, 1, false, true), B115200, CRTSCTS | CSTOPB, ""},
-        cCase{"softFlow", setting(115200, 8, 1, 0, true), B115200, CS8, ""},
-        cCase{"hardFlow", setting(115200, 8, 1, 0, false, true), B115200, CS8 | CRTSCTS, ""}),
+    testing::Values(cLine{"default", {}, B115200}, cLine{"at9600", {9600}, B9600},
+                    cLine{"at19200", {19200}, B19200}, cLine{"at38400", {38400}, B38400},
+                    cLine{"at57600", {57600}, B57600}, cLine{"at230400", {230400}, B230400},
+                    cLine{"at460800", {460800}, B460800}, cLine{"at500000", {500000}, B500000},
+                    cLine{"unknownSpeed", {4800}, B0, CS8, UNKNOWN},
+                    cLine{"sevenBits", {9600, 7}, B9600, CS7},
+                    cLine{"twoStopBits", {9600, 8, 2}, B9600, CS8 | CSTOPB},
+                    cLine{"oddParity", {9600, 8, 1, 2}, B9600, CS8 | PARENB},
+                    cLine{"other", {9600, 8, 2, 1, false, true}, B0, CRTSCTS | CSTOPB},
+                    cLine{"softFlow", {9600, 8, 1, 0, true}, B9600},
+                    cLine{"hardFlow", {9600, 8, 1, 0, false, true}, B9600, CS8 | CRTSCTS}),
     cCaseName());
 
 struct cRefusal {
@@ -110,36 +97,35 @@ class TermSetupRefusal : public testing::TestWithParam<cRefusal> {};
 // Would catch a port left half set up, or one that reads what was sent at the old settings.
 TEST_P(TermSetupRefusal, leavesTheLineButFlushed) {
   cPtyPair cable;
-  tPort port(cable.getPath(), share(cPortSetting()));
+  tPort port(cable.getPath(), {});
   cable.send("old");
   ASSERT_TRUE(cable.waitUntilWaiting(3));
   const int before = syscalls::settings;
-  testing::internal::CaptureStderr();
-  EXPECT_FALSE(port.termSetup(share(GetParam().wanted)));
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), GetParam().complaint);
+  EXPECT_EQ(setUp(port, GetParam().wanted, false), GetParam().complaint);
   EXPECT_EQ(syscalls::settings, before);
   EXPECT_EQ(cable.countWaiting(), 0);
-  EXPECT_TRUE(port.termSetup(share(cPortSetting()))) << "it stays usable";
+  EXPECT_EQ(setUp(port, {}, true), "") << "it stays usable";
 }
 
+constexpr auto LENGTH = "basic_portbuf::Invalid character length:6\n";
+constexpr auto STOPS = "basic_portbuf::Invalid stop bit length:0\n";
+constexpr auto BOTH =
+    "PortSetting:: Invalid Baud Rate : -1\nbasic_portbuf::Invalid character length:9\n";
+
 INSTANTIATE_TEST_SUITE_P(Port, TermSetupRefusal,
-                         testing::Values(cRefusal{"sixBits", setting(115200, 6),
-                                                  "basic_portbuf::Invalid character length:6\n"},
-                                         cRefusal{"noStopBit", setting(115200, 8, 0),
-                                                  "basic_portbuf::Invalid stop bit length:0\n"},
-                                         cRefusal{"speedAndLength", setting(1, 9),
-                                                  "PortSetting:: Invalid Baud Rate : 1\n"
-                                                  "basic_portbuf::Invalid character length:9\n"}),
+                         testing::Values(cRefusal{"sixBits", {115200, 6}, LENGTH},
+                                         cRefusal{"noStopBit", {115200, 8, 0}, STOPS},
+                                         cRefusal{"speedAndLength", {-1, 9}, BOTH}),
                          cCaseName());
 
 // Would catch a speed change that is reported as done while the driver still talks at the old one.
 TEST(TermSetupFailure, ofTheSystemCallIsTold) {
   cPtyPair cable;
-  tPort port(cable.getPath(), share(cPortSetting()));
+  tPort port(cable.getPath(), {});
   syscalls::refuses = true;
-  EXPECT_FALSE(port.termSetup(share(setting(19200))));
+  EXPECT_EQ(setUp(port, {19200}, false), "");
   syscalls::refuses = false;
-  EXPECT_TRUE(port.termSetup(share(setting(19200))));
+  EXPECT_EQ(setUp(port, {19200}, true), "");
 }
 
 }  // namespace

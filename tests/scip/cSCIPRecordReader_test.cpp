@@ -17,12 +17,6 @@ constexpr int NO_END = 0x4;
 
 const boost::posix_time::ptime EPOCH(boost::gregorian::date(1970, 1, 1));
 
-std::string repeat(std::size_t count, const std::string& text) {
-  std::string all;
-  for (std::size_t i = 0; i < count; ++i) all += text;
-  return all;
-}
-
 struct cCase {
   const char* name;
   std::string input;
@@ -78,9 +72,20 @@ INSTANTIATE_TEST_SUITE_P(
 
 const std::string LONGEST(4096, 'x');
 const std::string TOO_LONG(4097, 'x');
-const std::string KILO = std::string(1023, 'k') + "\n";  // with its line end
+
+/// Lines of 1 KiB, and a last one that fills up to so many characters.
+std::string makeBody(std::size_t size) {
+  std::string body;
+  while (size - body.size() > 1024) body += std::string(1023, 'k') + "\n";
+  return body + std::string(size - body.size() - 1, 'k') + "\n";
+}
+
+std::string emptyLines(std::size_t count) { return std::string(count, '\n'); }
 
 // 65536 characters are a record, the closing line feed counted; one more is not.
+const std::string LARGEST = makeBody(65531);
+const std::string TOO_LARGE = makeBody(65532);
+
 INSTANTIATE_TEST_SUITE_P(
     Limits, RecordReader,
     testing::Values(
@@ -91,14 +96,11 @@ INSTANTIATE_TEST_SUITE_P(
         cCase{"longestBodyLine", "V\n0\n" + LONGEST + "\n\n", OK, "V", "0", LONGEST + "\n", ""},
         cCase{"tooLongBodyLine", "V\n0\nb\n" + TOO_LONG + "\n\n", NO_END, "V", "0", "b\n", "x\n\n"},
         cCase{"longestUnfinishedEcho", LONGEST, NO_STATUS, LONGEST, "", "", ""},
-        cCase{"largestRecord", "V\n0\n" + repeat(63, KILO) + std::string(1018, 'k') + "\n\n", OK,
-              "V", "0", repeat(63, KILO) + std::string(1018, 'k') + "\n", ""},
-        cCase{"tooLargeRecord", "V\n0\n" + repeat(63, KILO) + std::string(1019, 'k') + "\n\nq",
-              NO_END, "V", "0", repeat(63, KILO) + std::string(1019, 'k') + "\n", "q"},
-        cCase{"mostEmptyLines", std::string(65531, '\n') + "V\n0\n\n", OK, "V", "0", "", ""},
-        cCase{"tooManyEmptyLines", std::string(65537, '\n') + "V\n0\n\n", NO_ECHO, "", "", "",
-              "V\n0\n\n"},
-        cCase{"statusBeyond", std::string(65534, '\n') + "V\n0\n\n", NO_STATUS, "V", "", "", "\n"}),
+        cCase{"largestRecord", "V\n0\n" + LARGEST + "\n", OK, "V", "0", LARGEST, ""},
+        cCase{"tooLarge", "V\n0\n" + TOO_LARGE + "\nq", NO_END, "V", "0", TOO_LARGE, "q"},
+        cCase{"mostEmptyLines", emptyLines(65531) + "V\n0\n\n", OK, "V", "0", "", ""},
+        cCase{"tooManyEmpty", emptyLines(65537) + "V\n\n", NO_ECHO, "", "", "", "V\n\n"},
+        cCase{"statusBeyond", emptyLines(65534) + "V\n0\n\n", NO_STATUS, "V", "", "", "\n"}),
     cCaseName());
 
 }  // namespace

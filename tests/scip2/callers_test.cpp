@@ -2,17 +2,14 @@
 // ones.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 
 #include "tarvolink/scip2/cSensorDriverSCIP2.h"
-#include "tests/scip2/cRig.h"
+#include "tests/scip/cRig.h"
 #include "tests/support/cCaseName.h"
 
 namespace {
-
-using tRule = cScriptedPeer::tRule;
-
-std::string answer(const std::string& line) { return cScriptedPeer::respond(line); }
 
 const std::string SCAN = "MS0000076801000;1";
 

@@ -25,6 +25,7 @@ TEST_P(ValidateLine, looksAtTheSumAndStripsIt) {
 std::string sum(const std::string& text) { return std::string(1, cScriptedPeer::sum(text)); }
 
 const std::string HIGH = "\x80\xFF\xE9";
+const std::string NULS(2, '\0');
 
 INSTANTIATE_TEST_SUITE_P(
     Comm, ValidateLine,
@@ -40,11 +41,7 @@ INSTANTIATE_TEST_SUITE_P(
         cLine{"semicolonInside", "A;C" + sum("A;C"), true, true, "A;C"},
         cLine{"highBytes", HIGH + sum(HIGH), false, true, HIGH},
         cLine{"highSum", "00\xD0", false, false, "00"},
-        cLine{"nulBytes",
-              std::string("\0\0"
-                          "0",
-                          3),
-              false, true, std::string(2, '\0')}),
+        cLine{"nulBytes", NULS + "0", false, true, NULS}),
     cCaseName());
 
 TEST(ValidateLineFailure, isRaisedForAnEmptyLine) {

@@ -1,23 +1,32 @@
-#ifndef TARVOLINK_TESTS_TOOLS_CPROGRAM_H
-#define TARVOLINK_TESTS_TOOLS_CPROGRAM_H
+#pragma once
 
+#include <gtest/gtest.h>
+#include <spawn.h>
 #include <sys/types.h>
+#include <termios.h>
 
 #include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
 
+/// What a program's input, output and errors are.
+enum class eSetting {
+  PIPES,     ///< output and errors; no input
+  SESSION,   ///< as PIPES, in a session of its own, with no terminal
+  TERMINAL,  ///< one of its own, of 80 x 24 cells, as its user has it
+};
+
 /// How a program is started.
 struct cStart {
-  std::string path = PROGRAM_PATH;
-  bool leadsSession = false;  ///< a session of its own, with no terminal
   /// "NAME=value", before the test's own. No serial device is there unless TARVOLINK_DEVICES says
   /// so.
   std::vector<std::string> environment;
+  eSetting setting = eSetting::PIPES;
+  std::string path = PROGRAM_PATH;
 };
 
-/// A program as a process of its own, with pipes on its output and errors.
+/// A program as a process of its own.
 class cProgram {
  public:
   using cTimeOut = std::chrono::seconds;
@@ -31,6 +40,9 @@ class cProgram {
 
   /// The next line of its output, without line end; throws when none comes.
   std::string readLine();
+  /// Waits until `text` comes in its output, behind what was read or waited for before; throws
+  /// when it does not.
+  void waitFor(const std::string& text);
   /// Waits until its errors hold `text`; throws when they do not.
   void waitForError(const std::string& text);
   /// Closes the reading end of its output, as `head` does.
@@ -41,20 +53,30 @@ class cProgram {
   /// on.
   int wait(cTimeOut timeOut = DEADLINE);
 
-  const std::string& getOutput() const { return output; }  ///< so far, lines read included
+  const std::string& getOutput() const { return output; }  ///< so far; all of a terminal's text
   const std::string& getErrors() const { return errors; }
 
+  // Of a program on a terminal only:
+  void type(const std::string& keys) const;
+  void resize(int columns, int rows) const;
+  termios getModes();  ///< as it has them, or left them
+
  private:
+  void openTerminal(posix_spawn_file_actions_t& actions);
+  void leaveTerminal();
+  bool hasEnded() const;
   bool pump(const std::function<bool()>& isDone, cTimeOut timeOut);
   static void take(int& fd, std::string& text);
 
   pid_t pid = -1;
   int pidFd = -1;
-  int outputFd = -1;  // -1 once it is at its end, or closed
-  int errorFd = -1;
+  int outputFd = -1;    // -1 once it is at its end, or closed
+  int errorFd = -1;     // of pipes
+  int terminalFd = -1;  // its far end, which keeps it there until the program has ended
+  termios modes{};      // when last looked at
   std::string output;
   std::string errors;
-  std::size_t linesEnd = 0;  // of what readLine has handed out
+  std::size_t seen = 0;  // of the output
 };
 
 /// Runs it to its end.
@@ -68,4 +90,5 @@ cResult runProgram(const std::vector<std::string>& arguments, const cStart& star
 /// `text` cut at its line ends.
 std::vector<std::string> linesOf(const std::string& text);
 
-#endif
+/// Whether `part` stands in `text`; where not, a failed test shows both.
+testing::AssertionResult holds(const std::string& text, const std::string& part);

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TESTS_TOOLS_CTEMPFOLDER_H
-#define TARVOLINK_TESTS_TOOLS_CTEMPFOLDER_H
+#pragma once
 
 #include <cstdlib>
 #include <filesystem>
@@ -31,5 +30,3 @@ inline std::string readFile(const std::string& path) {
   std::ifstream file(path);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
-
-#endif

@@ -1,47 +1,52 @@
-#include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
 
 #include "sim/tarvosim.h"
 #include "tests/tools/cProgram.h"
 
-TEST(ProgramInfoTest, TellsInJsonWhatTheSensorTells) {
+using nlohmann::json;
+
+// Would catch a line speed told that is not the one found: this sensor is found by a later
+// detection.
+TEST(ProgramInfo, tellsInJsonWhatTheSensorTells) {
   cSimSetting setting;
   setting.model = eSimModel::LONG_RANGE;
-  setting.speed = 57600;  // found by a later detection: fails when the speed told is the first one
+  setting.speed = 57600;
   const cSimSensor sensor(setting);
   const cResult result = runProgram({"info", sensor.getPath(), "--json"});
   ASSERT_EQ(result.status, 0) << result.errors;
-  const auto object = nlohmann::json::parse(result.output);
-  EXPECT_EQ(object["device"], sensor.getPath());
-  EXPECT_EQ(object["vendor"], "Simulated sensors");
+  const json object = json::parse(result.output);
   for (const char* text : {"product", "firmware", "protocol", "serial", "status"}) {
     EXPECT_NE(object[text], "") << text;
   }
-  const nlohmann::json numbers = {{"first_step", 0},          {"last_step", 1080},
-                                  {"front_step", 540},        {"min_distance_mm", 23},
-                                  {"max_distance_mm", 60000}, {"steps_per_turn", 1440},
-                                  {"speed_rpm", 2400},        {"line_speed_bps", 57600}};
-  for (const auto& [key, value] : numbers.items()) EXPECT_EQ(object[key], value) << key;
+  const json expected = {{"device", sensor.getPath()},
+                         {"vendor", "Simulated sensors"},
+                         {"first_step", 0},
+                         {"last_step", 1080},
+                         {"front_step", 540},
+                         {"min_distance_mm", 23},
+                         {"max_distance_mm", 60000},
+                         {"steps_per_turn", 1440},
+                         {"speed_rpm", 2400},
+                         {"line_speed_bps", 57600}};
+  for (const auto& [key, value] : expected.items()) EXPECT_EQ(object[key], value) << key;
 }
 
-TEST(ProgramInfoTest, IsReadableAndSaysWhichDeviceItTook) {
-  // Fails when chatter gets between the data, or a default device goes unsaid.
+// Would catch chatter between the data, and a default device that goes unsaid.
+TEST(ProgramInfo, isReadableAndSaysWhichDeviceItTook) {
   const cResult result = runProgram({"info"});
   ASSERT_EQ(result.status, 0) << result.errors;
-  EXPECT_NE(result.errors.find("no DEVICE given"), std::string::npos);
+  EXPECT_TRUE(holds(result.errors, "no DEVICE given"));
   EXPECT_EQ(linesOf(result.output).size(), 16u);
-  EXPECT_NE(result.output.find("Longest distance   5600 mm\n"), std::string::npos) << result.output;
+  EXPECT_TRUE(holds(result.output, "Longest distance   5600 mm\n"));
 }
 
-TEST(ProgramInfoTest, FetchesAgainWhatDetectionCameBackWithout) {
-  // A first identity and a first parameter answer that are lost leave them empty.
+// A first identity and a first parameter answer that are lost leave them empty.
+TEST(ProgramInfo, fetchesAgainWhatDetectionCameBackWithout) {
   cSimSensor sensor{cSimSetting{}};
   sensor.setFault(eSimFault::NO_ANSWER, cSimSensor::DEFAULT_VALUE, "VV", 1);
   sensor.setFault(eSimFault::WRONG_SUM, 1, "PP", 1);
   const cResult result = runProgram({"info", sensor.getPath(), "--json"});
   ASSERT_EQ(result.status, 0) << result.errors;
-  const auto object = nlohmann::json::parse(result.output);
-  EXPECT_EQ(object["vendor"], "Simulated sensors");
-  EXPECT_EQ(object["steps_per_turn"], 1024);
+  EXPECT_EQ(json::parse(result.output)["vendor"], "Simulated sensors");
+  EXPECT_EQ(json::parse(result.output)["steps_per_turn"], 1024);
 }

@@ -1,23 +1,14 @@
-#include <gtest/gtest.h>
-
-#include <chrono>
+// How an endless scan ends: by its user, by its reader, and by its sensor.
 #include <csignal>
-#include <functional>
 
-#include "sim/tarvosim.h"
 #include "tests/support/cCaseName.h"
 #include "tests/tools/cProgram.h"
+#include "tests/tools/simSettings.h"
 
 namespace {
 
 using cClock = std::chrono::steady_clock;
 constexpr std::chrono::seconds GONE{3};
-
-cSimSetting fastTurning() {
-  cSimSetting setting;
-  setting.rate = 50;
-  return setting;
-}
 
 /// A program in the middle of an endless scan.
 class cRunningScan {
@@ -33,36 +24,41 @@ class cRunningScan {
 
 }  // namespace
 
-class ProgramSignalTest : public testing::TestWithParam<int> {};
+struct cEnding {
+  const char* name;
+  void (*begin)(cProgram& program);
+  bool isMute;  // the sensor: "QT" and the abort would wait 4 s for their answers
+};
 
-TEST_P(ProgramSignalTest, StopsTheSensorAndEndsWell) {
+class ProgramEnding : public testing::TestWithParam<cEnding> {};
+
+TEST_P(ProgramEnding, isANormalEndAndSoon) {
   cRunningScan run;
+  if (GetParam().isMute) run.sensor.setFault(eSimFault::STALL);
   const auto before = cClock::now();
-  run.program.signal(GetParam());
+  GetParam().begin(run.program);
   EXPECT_EQ(run.program.wait(), 0) << run.program.getErrors();
   EXPECT_LT(cClock::now() - before, GONE);
-  EXPECT_FALSE(run.sensor.isScanning());
   EXPECT_EQ(run.program.getOutput().back(), '\n') << "the last row is cut";
+  if (GetParam().isMute) {
+    EXPECT_TRUE(run.sensor.waitForCommand("QT", std::chrono::seconds(10), 2)) << "1 at the start";
+  } else {
+    EXPECT_FALSE(run.sensor.isScanning());
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ProgramSignalTest, testing::Values(SIGINT, SIGTERM, SIGHUP),
-                         [](const auto& test) { return sigabbrev_np(test.param); });
+INSTANTIATE_TEST_SUITE_P(
+    All, ProgramEnding,
+    testing::Values(cEnding{"int", [](cProgram& program) { program.signal(SIGINT); }, false},
+                    cEnding{"term", [](cProgram& program) { program.signal(SIGTERM); }, false},
+                    cEnding{"hup", [](cProgram& program) { program.signal(SIGHUP); }, false},
+                    cEnding{"pipe", [](cProgram& program) { program.closeOutput(); }, false},
+                    cEnding{"intMute", [](cProgram& program) { program.signal(SIGINT); }, true},
+                    cEnding{"pipeMute", [](cProgram& program) { program.closeOutput(); }, true}),
+    cCaseName());
 
-TEST(ProgramStopTest, SignalEndsItThoughTheSensorAnswersNoMore) {
-  // "QT" and the abort would wait 4 s for their answers.
-  cRunningScan run;
-  run.sensor.setFault(eSimFault::STALL);
-  const auto before = cClock::now();
-  run.program.signal(SIGINT);
-  EXPECT_EQ(run.program.wait(), 0) << run.program.getErrors();
-  EXPECT_LT(cClock::now() - before, GONE);
-  EXPECT_TRUE(run.sensor.waitForCommand("QT", std::chrono::seconds(10)));
-}
-
-TEST(ProgramStopTest, SignalEndsItThoughNobodyReadsItsOutput) {
-  cSimSetting setting;
-  setting.paced = false;  // more than a pipe holds, at once
-  cSimSensor sensor(setting);
+TEST(ProgramEnd, comesSoonThoughNobodyReadsItsOutput) {
+  cSimSensor sensor(unpaced());  // more than a pipe holds, at once
   cProgram program({"scan", sensor.getPath(), "-n", "0", "--format", "csv"});
   ASSERT_TRUE(sensor.waitForSentScans(100, std::chrono::seconds(60)));
   program.signal(SIGINT);
@@ -72,55 +68,33 @@ TEST(ProgramStopTest, SignalEndsItThoughNobodyReadsItsOutput) {
   EXPECT_EQ(program.wait(), 0) << program.getErrors();
 }
 
-TEST(ProgramStopTest, ClosedPipeIsANormalEnd) {
-  cRunningScan run;
-  run.program.closeOutput();
-  EXPECT_EQ(run.program.wait(), 0) << run.program.getErrors();
-  EXPECT_FALSE(run.sensor.isScanning());
-}
-
-TEST(ProgramStopTest, ClosedPipeEndsItThoughTheSensorAnswersNoMore) {
-  cRunningScan run;
-  run.sensor.setFault(eSimFault::STALL);
-  run.program.closeOutput();
-  const auto before = cClock::now();
-  EXPECT_EQ(run.program.wait(), 0) << run.program.getErrors();
-  EXPECT_LT(cClock::now() - before, GONE);
-}
-
-struct cTroubleCase {
+struct cTrouble {
   const char* name;
-  std::function<void(cSimSensor&)> begin;
+  void (*begin)(cSimSensor& sensor);
   const char* said;
 };
 
-void PrintTo(const cTroubleCase& trouble, std::ostream* out) { *out << trouble.name; }
+class ProgramTrouble : public testing::TestWithParam<cTrouble> {};
 
-class ProgramTroubleTest : public testing::TestWithParam<cTroubleCase> {};
-
-TEST_P(ProgramTroubleTest, ScansThatStopComingEndItWithStatus4AndWhatIsKnown) {
-  // As a session leader, which gets the port as its terminal, and SIGHUP when that goes.
-  cStart start;
-  start.leadsSession = true;
-  cRunningScan run(start);
+// As a session leader, which gets the port as its terminal, and SIGHUP when that goes.
+TEST_P(ProgramTrouble, isStatus4AndWhatIsKnown) {
+  cRunningScan run({{}, eSetting::SESSION});
   GetParam().begin(run.sensor);
   EXPECT_EQ(run.program.wait(), 4);
-  const std::string& errors = run.program.getErrors();
-  EXPECT_NE(errors.find(GetParam().said), std::string::npos) << errors;
-  EXPECT_NE(errors.find(" scans, "), std::string::npos) << "no summary: " << errors;
+  EXPECT_TRUE(holds(run.program.getErrors(), GetParam().said));
+  EXPECT_TRUE(holds(run.program.getErrors(), " scans, ")) << "no summary";
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    All, ProgramTroubleTest,
+    All, ProgramTrouble,
     testing::Values(
-        cTroubleCase{"Unplugged", [](cSimSensor& sensor) { sensor.unplug(); },
-                     "the device has gone"},
-        cTroubleCase{"Silent", [](cSimSensor& sensor) { sensor.setFault(eSimFault::STALL); },
-                     "no scan came for 2 s: the sensor says nothing any more"},
-        cTroubleCase{"WrongCounts",
-                     [](cSimSensor& sensor) { sensor.setFault(eSimFault::WRONG_COUNT, 2, "scan"); },
-                     " were dropped so far"},
-        cTroubleCase{"WrongSums",
-                     [](cSimSensor& sensor) { sensor.setFault(eSimFault::WRONG_SUM, 1, "scan"); },
-                     "its latest answer has the status 99"}),
+        cTrouble{"unplugged", [](cSimSensor& sensor) { sensor.unplug(); }, "the device has gone"},
+        cTrouble{"silent", [](cSimSensor& sensor) { sensor.setFault(eSimFault::STALL); },
+                 "no scan came for 2 s: the sensor says nothing any more"},
+        cTrouble{"wrongCounts",
+                 [](cSimSensor& sensor) { sensor.setFault(eSimFault::WRONG_COUNT, 2, "scan"); },
+                 " were dropped so far"},
+        cTrouble{"wrongSums",
+                 [](cSimSensor& sensor) { sensor.setFault(eSimFault::WRONG_SUM, 1, "scan"); },
+                 "its latest answer has the status 99"}),
     cCaseName());

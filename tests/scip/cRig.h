@@ -3,10 +3,13 @@
 #include <boost/shared_ptr.hpp>
 
 #include "tarvolink/scip/cTarvoLink.h"
+#include "tests/base/measure.h"
 #include "tests/support/cPtyPair.h"
 #include "tests/support/cScriptedPeer.h"
 
-constexpr int PATIENCE = 8000;  // milliseconds
+inline std::string answer(const std::string& line) { return cScriptedPeer::respond(line); }
+
+inline std::string keepSilent(const std::string&) { return ""; }
 
 /// A link to a sensor that answers by `rule`. Reads wait for `timeout` milliseconds.
 struct cRig {
@@ -19,23 +22,13 @@ struct cRig {
     port->readTimeout = timeout;
   }
 
+  void hangUp() {
+    peer.end();
+    cable.hangUp();
+  }
+
   cPtyPair cable;
   boost::shared_ptr<tPort> port;
   boost::shared_ptr<cTarvoLink> link;
   cScriptedPeer peer;
 };
-
-/// Milliseconds that `action` takes.
-template <typename Action>
-long measure(Action action) {
-  const auto start = std::chrono::steady_clock::now();
-  action();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
-                                                               start)
-      .count();
-}
-
-/// The echo of a record, or a word for none.
-inline std::string echoOf(const boost::shared_ptr<cSCIPRecord>& record) {
-  return record ? record->echo : "(none)";
-}

@@ -1,0 +1,116 @@
+// The files that a run writes: -o and --plot.
+#include <sys/stat.h>
+
+#include <cmath>
+#include <cstdio>
+
+#include "tests/tools/cProgram.h"
+#include "tests/tools/cTempFolder.h"
+#include "tests/tools/simSettings.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::ptrdiff_t countIn(const cTempFolder& folder) {
+  return std::distance(fs::directory_iterator(folder / ""), fs::directory_iterator());
+}
+
+struct cPlace {
+  double right, up;  // of the middle of the rings
+};
+
+std::vector<cPlace> readingsIn(const std::string& drawing) {
+  std::vector<cPlace> places;
+  for (const std::string& line : linesOf(drawing)) {
+    double x = 0, y = 0;
+    constexpr auto READING = " <circle class=\"reading\" cx=\"%lf\" cy=\"%lf\"";
+    if (sscanf(line.c_str(), READING, &x, &y) == 2) places.push_back({x - 500, 580 - y});
+  }
+  return places;
+}
+
+}  // namespace
+
+// Would catch a drawing that is mirrored, turned or out of scale, or shows another scan.
+TEST(ProgramPlot, hasEachValidReadingOfTheLastScanInItsPlace) {
+  const cTempFolder folder;
+  const std::string file = folder / "plot.svg";
+  const cSimSensor sensor(unpaced());
+  const cResult result = runProgram({"scan", sensor.getPath(), "-n", "3", "--plot", file});
+  ASSERT_EQ(result.status, 0) << result.errors;
+  EXPECT_EQ(linesOf(result.output).size(), 4u) << "the table is still wanted";
+  const std::string drawing = readFile(file);
+  for (const char* text : {"Simulated short range scanner", " of 682 readings valid", "2 m", "90°",
+                           "Distances in metres"}) {
+    EXPECT_TRUE(holds(drawing, text));
+  }
+
+  const auto distances = sensor.getTrueDistances(sensor.getSentScans().at(2), 44, 725, 1);
+  auto places = readingsIn(drawing);
+  std::size_t drawn = 0;
+  double scale = 0;
+  for (std::size_t i = 0; i < distances.size(); ++i) {
+    if (distances[i] < 20) continue;
+    ASSERT_LT(drawn, places.size());
+    const cPlace& place = places[drawn++];
+    if (scale == 0) scale = std::hypot(place.right, place.up) / distances[i];
+    const double angle = (static_cast<double>(i) + 44 - 384) * 2 * M_PI / 1024;
+    EXPECT_NEAR(place.right, -std::sin(angle) * distances[i] * scale, 1) << i;
+    EXPECT_NEAR(place.up, std::cos(angle) * distances[i] * scale, 1) << i;
+  }
+  EXPECT_EQ(drawn, places.size());
+}
+
+TEST(ProgramFiles, leaveTheOlderOnesWhereARunFailsAndKeepWhatItTook) {
+  const cTempFolder folder;
+  const std::string data = folder / "scans.json";
+  const std::string plot = folder / "plot.svg";
+  std::ofstream(data) << "older";
+  std::ofstream(plot) << "older";
+  cSimSensor sensor(fastTurning());
+  cProgram program({"scan", sensor.getPath(), "-n", "0", "-o", data, "--plot", plot});
+  ASSERT_TRUE(sensor.waitForSentScans(5, std::chrono::seconds(60)));
+  sensor.unplug();
+  EXPECT_EQ(program.wait(), 4);
+  EXPECT_EQ(readFile(data), "older");
+  EXPECT_EQ(readFile(plot), "older");
+  EXPECT_TRUE(holds(program.getErrors(), "are in " + data + ".part-"));
+  EXPECT_EQ(countIn(folder), 3);
+  // Without a scan nothing is worth keeping.
+  EXPECT_EQ(runProgram({"scan", "--last", "9999", "-o", data + "2"}).status, 1);
+  EXPECT_EQ(countIn(folder), 3);
+}
+
+class ProgramFile : public testing::TestWithParam<const char*> {};
+
+TEST_P(ProgramFile, replacesWhatALinkLeadsToAndKeepsItsPermissions) {
+  const cTempFolder folder;
+  const std::string file = folder / "file";
+  const std::string link = folder / "link";
+  std::ofstream(file) << "older";
+  fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
+  fs::create_symlink("file", link);
+  const cSimSensor sensor(unpaced());
+  ASSERT_EQ(runProgram({"scan", sensor.getPath(), GetParam(), link}).status, 0);
+  EXPECT_TRUE(fs::is_symlink(link));
+  EXPECT_GT(readFile(file).size(), 50u);
+  EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(countIn(folder), 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ProgramFile, testing::Values("-o", "--plot"));
+
+// Renaming over a device would take it away from everybody.
+TEST(ProgramPlot, isRefusedAtOnceWhereItCannotBeAFile) {
+  const cTempFolder folder;
+  const std::string pipe = folder / "pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  for (const std::string& path : {pipe, folder / "", folder / "no/plot.svg"}) {
+    const cResult result = runProgram({"scan", "sim:", "--plot", path});
+    EXPECT_EQ(result.status, 1) << path;
+    EXPECT_FALSE(holds(result.errors, "looking for a sensor"));
+    EXPECT_TRUE(holds(result.errors, "cannot write to " + path));
+  }
+  EXPECT_TRUE(fs::is_fifo(pipe));
+}
