@@ -5,7 +5,6 @@
 #include <istream>
 #include <string_view>
 
-#include "tarvolink/export.h"
 #include "tarvolink/scip/cSCIPRecord.h"
 
 /// Reads one response off a stream: echo line, status line, body lines, empty line.
@@ -14,7 +13,7 @@
 /// the stream ends before a character of the line came; characters followed by the
 /// stream's end are a line, and the next read of that response then fails at once.
 /// A carriage return is a character like any other. One caller at a time.
-class TARVOLINK_API cSCIPRecordReader {
+class cSCIPRecordReader {
  public:
   /// Characters of the longest line that is read; a longer one is a failed read.
   static constexpr std::size_t LINE_LIMIT = 4096;
