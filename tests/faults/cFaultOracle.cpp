@@ -2,19 +2,16 @@
 
 #include <gtest/gtest.h>
 #include <malloc.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <stdexcept>
 
 namespace {
 
 using cClock = std::chrono::steady_clock;
 
 constexpr double SLACK = 100;            // milliseconds that a call may be late
-constexpr double STARVED = 3;            // threads that wait for each other, at most
 constexpr double CORE = 0.05;            // of a core
 constexpr double BEGINNING = 0.02;       // seconds of CPU that a call may take anyway
 constexpr std::size_t MEMORY = 1 << 16;  // buffers of the C++ library
@@ -30,6 +27,10 @@ std::set<int> getThreads() {
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task"))
     threads.insert(std::stoi(entry.path().filename()));
   return threads;
+}
+
+int countDescriptors() {
+  return static_cast<int>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
 }
 
 std::set<int> getThreadsButThis() {
@@ -65,30 +66,12 @@ tDriver1 openDriver1(const std::string& path) {
 }
 
 int startScan(iSCIP2IF& driver, int count) {
-  return driver.startScan(FIRST, LAST, 1, 0, count, FAR);
+  return surely(driver, [&] { return driver.startScan(FIRST, LAST, 1, 0, count, FAR); });
 }
 
 std::size_t countAllocated() {
   const struct mallinfo2 info = mallinfo2();
   return info.uordblks + info.hblkhd;
-}
-
-cStarvation::cStarvation()
-    : thread([this] {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, nullptr);
-        while (!stopping) {
-          const auto begin = cClock::now();
-          std::this_thread::sleep_for(std::chrono::milliseconds(5));
-          const double late = millisecondsSince(begin) - 5;
-          if (late > 1) total += static_cast<std::int64_t>(late * 1e3);
-        }
-      }) {}
-
-cStarvation::~cStarvation() {
-  stopping = true;
-  thread.join();
 }
 
 cFaultOracle::cFaultOracle(const cSimSensor& sensed)
@@ -113,12 +96,12 @@ double cFaultOracle::getLibrarySeconds() const {
 }
 
 void cFaultOracle::during(const char* what, int milliseconds, const std::function<void()>& action) {
-  const double starved = starvation.getMilliseconds();
+  const double starved = getStarvedSeconds();
   const double used = getLibrarySeconds();
   const auto begin = cClock::now();
   action();
   const double took = millisecondsSince(begin);
-  const double patience = SLACK + STARVED * (starvation.getMilliseconds() - starved);
+  const double patience = SLACK + 1e3 * std::max(getStarvedSeconds() - starved, 0.0);
   EXPECT_LE(took, milliseconds + patience) << what << " came back too late";
   EXPECT_LE(getLibrarySeconds() - used, SANITIZED * (BEGINNING + CORE * took / 1e3))
       << what << " took too much of a core in " << took << " ms";

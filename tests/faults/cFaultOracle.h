@@ -1,13 +1,11 @@
 #pragma once
 
-#include <atomic>
 #include <functional>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include "tests/driver/support.h"
+#include "tests/support/driving.h"
 
 // What every fault test asks for, and the waits that its calls may take, in milliseconds.
 constexpr int FIRST = 44;
@@ -29,20 +27,6 @@ tDriver1 openDriver1(const std::string& path);
 /// The range above, without end.
 int startScan(iSCIP2IF& driver, int count = 0);
 
-/// How long the threads of this process that had something to do were kept waiting by a busy
-/// machine: one of its own sleeps again and again and adds up by how much it wakes too late.
-class cStarvation {
- public:
-  cStarvation();
-  ~cStarvation();
-  double getMilliseconds() const { return static_cast<double>(total) / 1e3; }
-
- private:
-  std::atomic<std::int64_t> total{0};  // microseconds
-  std::atomic<bool> stopping{false};
-  std::thread thread;
-};
-
 /// What holds whatever the far end of a cable does: no crash, no call that hangs or is late, no
 /// scan that differs from the truth where sums, lengths or the number of points tell it, hardly any
 /// CPU while the fault lasts, nothing left behind. Make it when the sensor is there and the driver
@@ -54,8 +38,8 @@ class cFaultOracle {
   /// The end: no more descriptors, threads and memory than at the start.
   ~cFaultOracle();
 
-  /// `action` ends within so many milliseconds (and 100, and what the machine was busy with other
-  /// things), and the caller and the library's threads use less than 5 % of a core meanwhile.
+  /// `action` ends within so many milliseconds (and 100, and what this process waited for a
+  /// processor), and the caller and the library's threads use less than 5 % of a core meanwhile.
   void during(const char* what, int milliseconds, const std::function<void()>& action);
 
   /// Whether a scan is one that was sent after those judged before. Counted as true, as told (its
@@ -75,7 +59,6 @@ class cFaultOracle {
   double getLibrarySeconds() const;
 
   const cSimSensor& sensor;
-  const cStarvation starvation;
   const std::set<int> others;  // threads that are not the library's
   const int descriptors;
   const int threads;
