@@ -30,14 +30,13 @@ struct cDecoder {
 using cTwoCharacters = cDecoder<cSensorDriverSCIP1>;
 using cThreeCharacters = cDecoder<cSensorDriverSCIP1z>;
 
-class Scip1Truth : public testing::TestWithParam<std::tuple<bool, int>> {};
-
 }  // namespace
 
 // Catches: a wrong value, order, angle or step; a line's end taken for the scan's.
 TEST(Scip1Decoding, TwoCharacters) {
   cTwoCharacters two;
   const tScan scan = two.decode("CB0m\noo\n00\n", 383, 386, 1);
+  ASSERT_TRUE(scan);
   EXPECT_EQ(distancesOf(scan), (std::vector<int>{1234, 61, 4095, 0}));
   EXPECT_DOUBLE_EQ(scan->firstAngle, -RADIANS_PER_STEP);
   EXPECT_DOUBLE_EQ(scan->lastAngle, 2 * RADIANS_PER_STEP);
@@ -55,6 +54,7 @@ TEST(Scip1Decoding, TwoCharactersInGroupsAndOddLines) {
   EXPECT_TRUE(two.decode("000000\n", 0, 8, 4));
   EXPECT_TRUE(two.decode("0000\n", 0, 7, 4));
   const tScan scan = two.decode("0000\n", 0, 1, 0);
+  ASSERT_TRUE(scan);
   EXPECT_EQ(scan->angleStep, 0);
   EXPECT_EQ(scan->points.at(1).angle, scan->firstAngle);
   EXPECT_EQ(two.countScans(), 3);
@@ -79,6 +79,7 @@ TEST(Scip1Decoding, ThreeCharactersRunOverLineEnds) {
   for (int i = 0; i < 43; ++i) body += "1Dh";  // 129 characters: two whole lines and one of 1
   body[63] = 'm', body[64] = '2';
   const tScan scan = three.decode(body.insert(128, "\n").insert(64, "\n") + "\n", 384, 426, 1);
+  ASSERT_TRUE(scan);
   std::vector<int> expected(43, 5432);
   expected[21] = ('m' - 0x30) * 4096 + 2 * 64 + ('h' - 0x30);
   EXPECT_EQ(distancesOf(scan), expected);
@@ -113,23 +114,22 @@ TEST(Scip1Decoding, ThreeCharactersOfAWrongLengthAreRefused) {
 }
 
 // Catches: data that are not what the sensor sees, in either form and with any group size.
-TEST_P(Scip1Truth, ScansAreWhatTheSensorSees) {
-  const auto [wide, cluster] = GetParam();
-  cSimSetting setting;
-  setting.dialect = eSimDialect::SCIP1;
-  setting.threeCharScip1 = wide;
-  setting.paced = false;
-  const cSimSensor sensor(setting);
-  cSensorDriverSCIP1z driver(tLink(new cTarvoLink(openPort(sensor.getPath(), 10000))));
-  char command[16];
-  std::snprintf(command, sizeof command, "G000724%02d", cluster);
-  ASSERT_EQ(driver.doRaw(command), 0);
-  const tScan scan =
-      wide ? driver.addScan(0, 724, cluster) : driver.cSensorDriverSCIP1::addScan(0, 724, cluster);
-  ASSERT_TRUE(scan);
-  EXPECT_EQ(distancesOf(scan), truth(sensor, 0, 0, 724, cluster, wide ? INT_MAX : 4095));
+TEST(Scip1Decoding, ScansAreWhatTheSensorSees) {
+  for (const bool wide : {false, true}) {
+    cSimSetting setting;
+    setting.dialect = eSimDialect::SCIP1;
+    setting.threeCharScip1 = wide;
+    setting.paced = false;
+    const cSimSensor sensor(setting);
+    cSensorDriverSCIP1z driver(tLink(new cTarvoLink(openPort(sensor.getPath(), 10000))));
+    std::size_t sent = 0;
+    for (const int cluster : {0, 1, 5, 25}) {  // 725 steps: whole groups
+      char command[16];
+      std::snprintf(command, sizeof command, "G000724%02d", cluster);
+      ASSERT_EQ(driver.doRaw(command), 0);
+      EXPECT_EQ(distancesOf(wide ? driver.addScan(0, 724, cluster)
+                                 : driver.cSensorDriverSCIP1::addScan(0, 724, cluster)),
+                truth(sensor, sent++, 0, 724, cluster, wide ? INT_MAX : 4095));
+    }
+  }
 }
-
-// 725 steps: whole groups of 1, 5 and 25.
-INSTANTIATE_TEST_SUITE_P(Forms, Scip1Truth,
-                         testing::Combine(testing::Bool(), testing::Values(0, 1, 5, 25)));

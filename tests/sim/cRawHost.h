@@ -96,14 +96,6 @@ inline std::vector<std::string> lines(const std::string& record) {
   return all;
 }
 
-inline std::vector<int> decode(const std::string& data, std::size_t width) {
-  std::vector<int> values((data.size() + width - 1) / width);
-  for (std::size_t i = 0; i < data.size(); ++i) {
-    values[i / width] = values[i / width] * 64 + data[i] - '0';
-  }
-  return values;
-}
-
 /// How many readings a SCIP 2.0 scan record holds; -1 if one of its sums is wrong.
 inline int countReadings(const std::string& record, std::size_t width) {
   const std::vector<std::string> all = lines(record);
