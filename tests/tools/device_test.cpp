@@ -1,5 +1,6 @@
 // Ports and who has them.
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
@@ -55,6 +56,9 @@ TEST(ProgramPort, isRefusedWhileAnotherTarvolinkHasIt) {
   EXPECT_EQ(second.status, 1);
   EXPECT_TRUE(holds(second.errors, "(process " + std::to_string(first.getPid()) + ")"));
   EXPECT_EQ(sensor.getCounters().commands, heard) << "something was sent";
+  const int fd = open(sensor.getPath().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+  EXPECT_NE(flock(fd, LOCK_EX | LOCK_NB), 0) << "no lock tells those who cannot see its process";
+  close(fd);
   first.readLine();
   first.signal(SIGINT);
   EXPECT_EQ(first.wait(), 0);
