@@ -144,12 +144,11 @@ TEST(DeadPort, costsNoTimeAndHoldsUpNoRequest) {
   EXPECT_FALSE(scan->waitRecord(1000));
   EXPECT_LT(getProcessorTime() - before, 10) << "milliseconds of 1000";
   testing::internal::CaptureStderr();
-  long fastest = PATIENCE;
-  for (int i = 0; i < 30; ++i) {
-    fastest = std::min(fastest, measure([&rig] { rig.comm.sendRequest("VV", 1); }));
-  }
+  std::vector<long> taken(30);
+  for (long& one : taken) one = measure([&rig] { rig.comm.sendRequest("VV", 1); });
   testing::internal::GetCapturedStderr();
-  EXPECT_LT(fastest, 50) << "milliseconds: half the pause";
+  std::sort(taken.begin(), taken.end());
+  EXPECT_LT(taken[15], 50) << "milliseconds: half the pause, most of them";
 }
 
 }  // namespace
