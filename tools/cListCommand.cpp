@@ -92,7 +92,7 @@ cListCommand::cListCommand(CLI::App& app)
     : iCommand(app.add_subcommand("list", "Show the serial devices of this machine")) {
   declaration->add_flag("--json", json, "One JSON array instead of lines");
   declaration->add_flag("--probe", isProbing,
-                        "Look for a sensor on each that is free (up to 64 s where none answers)");
+                        "Look for a sensor on each that is free (up to 69 s where none answers)");
   declaration->footer(
       "The environment variable TARVOLINK_DEVICES (PATH:PATH...) names the devices to show, and to "
       "choose a default DEVICE from, in place of those that the system knows.");
@@ -104,6 +104,7 @@ void cListCommand::run() {
   auto array = nlohmann::ordered_json::array();
   const auto devices = cSerialDevice::all();
   for (const cSerialDevice& device : devices) {
+    if (output.isOver()) return;
     const bool isFree = device.getAccess().mayOpen() && device.getHolders().empty();
     cRow row{device, {}};
     if (isProbing && isFree) row.finding = probe(device.getPath(), stop);

@@ -33,7 +33,8 @@ bool isToReplace(const std::string& file) {
   return stat(file.c_str(), &older) != 0 || S_ISREG(older.st_mode) || S_ISDIR(older.st_mode);
 }
 
-int openDirect(const std::string& file, bool isReplacing) {
+int openDirect(const std::string& file, bool isReplacing, cStop& stop) {
+  const cStop::cAtOnce nothingToStop(stop);
   const int given =
       file.empty() || isReplacing ? -1 : open(file.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
   const int error = errno;
@@ -49,11 +50,11 @@ bool isReadOnly(int fd) { return (fcntl(fd, F_GETFL) & O_ACCMODE) == O_RDONLY; }
 
 }  // namespace
 
-cOutput::cOutput(const std::string& path, const cStop& ender)
+cOutput::cOutput(const std::string& path, cStop& ender)
     : stop(ender),
       name(path.empty() ? "standard output" : path),
       isReplacing(isToReplace(path)),
-      direct(openDirect(path, isReplacing)) {
+      direct(openDirect(path, isReplacing, ender)) {
   if (isReplacing) {
     checkReplaceable(name);
   } else if (direct.get() < 0) {

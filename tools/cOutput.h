@@ -19,9 +19,10 @@ namespace tool {
 /// beside the older one, and takes its place when it is finished.
 class cOutput {
  public:
-  /// Looks whether `file` can be written; "" is standard output. `ender` tells when to give up a
-  /// reader who takes nothing. Throws `cFailure` when it cannot; what is there is untouched.
-  cOutput(const std::string& file, const cStop& ender);
+  /// Looks whether `file` can be written, and waits for a FIFO's reader; "" is standard output.
+  /// `ender` tells when to give up a reader who takes nothing. Throws `cFailure` when it cannot;
+  /// what is there is untouched.
+  cOutput(const std::string& file, cStop& ender);
   cOutput(const cOutput&) = delete;
   cOutput& operator=(const cOutput&) = delete;
 

@@ -15,9 +15,11 @@ namespace {
 constexpr int READ_TIMEOUT = 300;  // milliseconds: the library's own for a search
 constexpr int PASSES = 3;
 
-// What one detection takes where nothing answers: 300 ms until the line is quiet, 2 s each for the
-// identity and for "TM2", 300 ms until the library's thread has given up, 300 ms for "V".
-constexpr double DETECTION_S = 4.9;
+// What one detection takes at most where nothing answers: 300 ms until the line is quiet, 2.1 s
+// each for the identity and for "TM2", and then, on a line that stays silent, 300 ms until the
+// library's thread has given up and 300 ms for "V", or 800 ms for "V" where something never stops
+// talking.
+constexpr double DETECTION_S = 5.3;
 
 }  // namespace
 

@@ -8,9 +8,9 @@ namespace {
 
 constexpr std::chrono::milliseconds TICK{200};
 
-const char* dialectOf(const std::string& command) {
-  if (command.empty()) return "listening";
-  return command == "V" || command == "SCIP2.0" ? "SCIP 1.x" : "SCIP 2.0";
+const char* dialectOf(const cTraffic& traffic) {
+  if (traffic.lastCommand.empty()) return "listening";
+  return traffic.isOld() ? "SCIP 1.x" : "SCIP 2.0";
 }
 
 }  // namespace
@@ -45,7 +45,7 @@ std::string cSearchProgress::getText() const {
   const std::chrono::duration<double> passed = cClock::now() - start;
   const cTraffic traffic = port.getTraffic();
   return fmt::format("{} bits/s, {}: {} bytes heard, {:.0f} s of {:.0f} at most", traffic.speed,
-                     dialectOf(traffic.lastCommand), traffic.heard, passed.count(), mostSeconds);
+                     dialectOf(traffic), traffic.heard, passed.count(), mostSeconds);
 }
 
 }  // namespace tool

@@ -66,7 +66,7 @@ boost::shared_ptr<cSensorDriver> cSensor::find(const cDeviceName& device, cStop&
     notice(fmt::format("looking for a sensor on {} at {} bits/s", name, device.getSpeed()));
     return cSearch(name, port, *watched, link, {device.getSpeed()}).run(stop);
   }
-  notice(fmt::format("looking for a sensor on {} (up to 64 s when nothing answers)", name));
+  notice(fmt::format("looking for a sensor on {} (up to 69 s when nothing answers)", name));
   return cSearch(name, port, *watched, link, cSearch::usualSpeeds()).run(stop);
 }
 

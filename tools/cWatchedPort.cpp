@@ -9,6 +9,13 @@ namespace {
 constexpr std::size_t MOST = 4096;
 constexpr char TAG_MARK = ';';
 
+// As long as the library listens to a silent line before it asks.
+constexpr std::chrono::milliseconds FIRST_PATIENCE{300};
+// The library waits 2 s for an answer in SCIP 2.0, but sends no next command before a record ends.
+constexpr std::chrono::milliseconds PATIENCE{2100};
+// In SCIP 1.x an answer begins within 300 ms, and ends within 200 at the slowest speed.
+constexpr std::chrono::milliseconds OLD_PATIENCE{800};
+
 void appendSome(std::string& text, std::string_view more) {
   text.append(more.substr(0, MOST - std::min(text.size(), MOST)));
 }
@@ -29,12 +36,14 @@ void cWatchedPort::watch(int speed) {
   latest = static_cast<std::size_t>(known - traffic.begin());
   if (known == traffic.end()) traffic.push_back({speed});
   traffic[latest].lastCommand.clear();
+  listenUntil(cClock::now() + FIRST_PATIENCE);
   isWatching = true;
 }
 
 void cWatchedPort::ignore() {
   const std::lock_guard<std::mutex> lock(mutex);
   isWatching = false;
+  if (isEnded) interruptReads(false);
 }
 
 cTraffic cWatchedPort::getTraffic() const {
@@ -49,6 +58,7 @@ std::vector<cTraffic> cWatchedPort::getAllTraffic() const {
 
 cWatchedPort::int_type cWatchedPort::underflow() {
   const bool isRead = gptr() == egptr();
+  if (isRead) endIfOverdue();
   const int_type next = basic_portbuf::underflow();
   if (isRead) noteReceived({gptr(), static_cast<std::size_t>(egptr() - gptr())});
   return next;
@@ -57,6 +67,14 @@ cWatchedPort::int_type cWatchedPort::underflow() {
 std::streamsize cWatchedPort::xsputn(const char* s, std::streamsize n) {
   noteSent({s, static_cast<std::size_t>(n)});
   return basic_portbuf::xsputn(s, n);
+}
+
+/// An interrupted read is what the library makes of the end of its own patience.
+void cWatchedPort::endIfOverdue() {
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (!isWatching || isEnded || cClock::now() < deadline) return;
+  isEnded = true;
+  interruptReads(true);
 }
 
 void cWatchedPort::noteReceived(std::string_view characters) {
@@ -71,6 +89,14 @@ void cWatchedPort::noteSent(std::string_view characters) {
   if (!isWatching) return;
   appendSome(traffic[latest].sent, characters);
   traffic[latest].lastCommand = commandOf(characters);
+  listenUntil(cClock::now() + (traffic[latest].isOld() ? OLD_PATIENCE : PATIENCE));
+}
+
+/// Under mutex.
+void cWatchedPort::listenUntil(cClock::time_point end) {
+  deadline = end;
+  if (isEnded) interruptReads(false);
+  isEnded = false;
 }
 
 }  // namespace tool

@@ -1,6 +1,7 @@
 #ifndef TARVOLINK_TOOLS_CWATCHEDPORT_H
 #define TARVOLINK_TOOLS_CWATCHEDPORT_H
 
+#include <chrono>
 #include <cstddef>
 #include <mutex>
 #include <string>
@@ -18,10 +19,16 @@ struct cTraffic {
   std::string received{};     ///< the first 4 KiB
   std::size_t heard = 0;      ///< characters received in all
   std::string lastCommand{};  ///< without its tag; "": none since it is watched
+
+  /// True while it is asked in SCIP 1.x.
+  bool isOld() const { return lastCommand == "V" || lastCommand == "SCIP2.0"; }
 };
 
 /// The library's port on a tty, watched while it looks for a sensor: the library tells of a
 /// detection only whether it succeeded, and a second reader would take bytes away from it.
+///
+/// It listens to a record up to its end or 64 KiB. While it is watched that is ended here when the
+/// time for an answer is over, or a device that never stops talking would hold up the search.
 class cWatchedPort : public kavTBX::basic_portbuf<char> {
  public:
   using kavTBX::basic_portbuf<char>::basic_portbuf;
@@ -43,6 +50,10 @@ class cWatchedPort : public kavTBX::basic_portbuf<char> {
   std::streamsize xsputn(const char* s, std::streamsize n) override;
 
  private:
+  using cClock = std::chrono::steady_clock;
+
+  void listenUntil(cClock::time_point end);
+  void endIfOverdue();
   void noteReceived(std::string_view characters);
   void noteSent(std::string_view characters);
 
@@ -50,6 +61,8 @@ class cWatchedPort : public kavTBX::basic_portbuf<char> {
   std::vector<cTraffic> traffic;  // under mutex
   std::size_t latest = 0;         // under mutex: the place of the speed that is watched
   bool isWatching = false;        // under mutex
+  bool isEnded = false;           // under mutex: reads are, until the next command
+  cClock::time_point deadline;    // under mutex: of what is read now
 };
 
 }  // namespace tool

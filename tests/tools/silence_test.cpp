@@ -59,7 +59,7 @@ TEST(ProgramSearch, showsOnATerminalWhatItTries) {
   cProgram program({"info", line.getPath()}, {{"TERM=xterm"}, eSetting::TERMINAL});
   program.waitFor("115200 bits/s, SCIP 2.0: 0 bytes heard, ");
   program.waitFor("115200 bits/s, SCIP 1.x: 0 bytes heard, ");
-  program.waitFor(" s of 64 at most");
+  program.waitFor(" s of 69 at most");
   program.type("\x03");
   EXPECT_EQ(program.wait(), 0);
   const std::string& text = program.getOutput();
