@@ -1,0 +1,76 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "tests/docs/cDocument.h"
+
+namespace {
+
+/// Every line of a block that is a command: the text up to two blanks, after which stands what it
+/// does.
+std::vector<std::string> documented(const std::string& program) {
+  std::vector<std::string> commands;
+  for (const cDocument& document : cDocument::all()) {
+    for (const auto& block : document.blocks) {
+      for (const std::string& line : block.lines) {
+        if (line.rfind(program, 0) == 0) commands.push_back(line.substr(0, line.find("  ")));
+      }
+    }
+  }
+  return commands;
+}
+
+void replace(std::string& text, const std::string& what, const std::string& by) {
+  const std::size_t at = text.find(what);
+  if (at != std::string::npos) text.replace(at, what.size(), by);
+}
+
+/// The same command where there is no sensor, in a folder of its own, and with an end.
+std::string adapted(std::string command, const cTempFolder& folder) {
+  replace(command, "/dev/ttyACM0", "sim:");
+  replace(command, "-n 0", "-n 3");
+  replace(command, "view sim:", "view sim: --once");
+  replace(command, "/tmp/sensor", folder / "sensor");
+  replace(command, " &", "");
+  return "cd " + (folder / "") + " && exec " + command;
+}
+
+cStart shell() {
+  cStart start;
+  start.path = "/bin/sh";
+  start.environment = {std::string("PATH=" PROGRAM_FOLDER ":") + std::getenv("PATH")};
+  return start;
+}
+
+bool isMissing(const std::string& program) {
+  return runProgram({"-c", "command -v " + program}, shell()).status != 0;
+}
+
+}  // namespace
+
+TEST(DocumentedCommandTest, DoesWithASimulatedSensorWhatItSays) {
+  const auto commands = documented("tarvolink ");
+  EXPECT_GE(commands.size(), 10u) << "the commands were not found";
+  for (const std::string& command : commands) {
+    SCOPED_TRACE(command);
+    if (command.find("| jq") != std::string::npos && isMissing("jq")) continue;
+    const cTempFolder folder;
+    cProgram program({"-c", adapted(command, folder)}, shell());
+    if (command.rfind("tarvolink sim ", 0) == 0) {  // goes on until it is told to stop
+      program.readLine();
+      program.signal(SIGINT);
+    }
+    EXPECT_EQ(program.wait(), 0) << program.getErrors();
+  }
+}
+
+TEST(DocumentedCommandTest, NamesScriptsThatAreThere) {
+  const auto commands = documented("script/");
+  EXPECT_GE(commands.size(), 2u) << "the commands were not found";
+  for (const std::string& command : commands) {
+    const std::string path = SOURCE_PATH "/" + command.substr(0, command.find(' '));
+    EXPECT_EQ(access(path.c_str(), X_OK), 0) << path;
+  }
+}
