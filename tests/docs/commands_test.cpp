@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
 
 #include "tests/docs/cDocument.h"
 
@@ -34,13 +33,12 @@ std::string adapted(std::string command, const cTempFolder& folder) {
   replace(command, "view sim:", "view sim: --once");
   replace(command, "/tmp/sensor", folder / "sensor");
   replace(command, " &", "");
-  return "cd " + (folder / "") + " && exec " + command;
+  return "cd " + (folder / "") + " && PATH=" PROGRAM_FOLDER ":$PATH && exec " + command;
 }
 
 cStart shell() {
   cStart start;
   start.path = "/bin/sh";
-  start.environment = {std::string("PATH=" PROGRAM_FOLDER ":") + std::getenv("PATH")};
   return start;
 }
 

@@ -46,14 +46,14 @@ std::string forbidden() {
   chmod(line.getPath().c_str(), 0660);
   const cResult result = runProgram(
       {"--reuid=65534", "--regid=65534", "--clear-groups", PROGRAM_PATH, "info", line.getPath()},
-      {"/usr/bin/setpriv", false, {}});
+      {{}, eSetting::PIPES, "/usr/bin/setpriv"});
   return asDocumented(result.errors, line.getPath());
 }
 
 std::string inUse() {
   const cSimSensor sensor{cSimSetting{}};
   cProgram other({"-c", "exec 3<>" + sensor.getPath() + "; echo ready; kill -STOP $$"},
-                 {"/bin/sh", false, {}});
+                 {{}, eSetting::PIPES, "/bin/sh"});
   other.readLine();
   return run({"info", sensor.getPath()}, sensor.getPath());
 }
