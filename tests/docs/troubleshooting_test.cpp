@@ -68,6 +68,7 @@ std::string silent() {
 std::string wrongSpeed() {
   cSimSetting setting;
   setting.speed = 19200;
+  setting.garbage = eSimGarbage::LINES;  // what it hears makes lines, which it answers
   return runOn(setting, {"info", "--speed", "115200"});
 }
 
