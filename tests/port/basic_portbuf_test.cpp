@@ -195,6 +195,19 @@ TEST_F(Port, writesStraightThroughAsBytes) {
   EXPECT_EQ(cable.receive(8), std::string("a\nb\0c\r\xE4\x41", 8));
 }
 
+// Would catch a writer, and with it the thread that joins it, held for ever by a far end that
+// stopped reading.
+TEST_F(Port, givesAWriteThatNobodyTakesOneTimeOut) {
+  port.readTimeout = 20;
+  const std::string command(16, 'x');
+  testing::internal::CaptureStderr();
+  std::streamsize written = 16;
+  for (int i = 0; i < 100000 && written == 16; ++i) written = port.sputn(command.data(), 16);
+  EXPECT_EQ(written, -1);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "basic_portbuf::write: Resource temporarily unavailable\n");
+}
+
 // Would catch a read that a host's signal handler ends early.
 TEST_F(Port, readsOnAfterASignal) {
   static std::atomic<int> handled{0};
