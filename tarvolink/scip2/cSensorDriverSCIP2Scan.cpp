@@ -178,7 +178,7 @@ bool cSensorDriverSCIP2::pushScanRecord(boost::shared_ptr<cSCIPRecord> record) {
   std::string_view line;
   if (!takeLine(body, line)) return true;
   if (!takeSum(line, false)) return false;
-  decode6bit(std::string(line), 4).at(0);  // the sensor's clock; refused if it is none, else unused
+  static_cast<void>(decode6bit(std::string(line), 4).at(0));  // the sensor's clock: raises for none
   std::string data(body.size(), '\0');
   auto end = data.begin();
   while (takeLine(body, line)) {
