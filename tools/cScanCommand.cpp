@@ -6,6 +6,7 @@
 
 #include "tools/cFailure.h"
 #include "tools/deviceOptions.h"
+#include "tools/oneOf.h"
 #include "tools/rangeOptions.h"
 #include "tools/replaceFile.h"
 
@@ -16,7 +17,7 @@ cScanCommand::cScanCommand(CLI::App& app) : iCommand(app.add_subcommand("scan", 
   declaration->add_option("-n", order.wanted, "How many scans (default: 1); 0: until Ctrl-C");
   addRangeOptions(*declaration, order.range);
   declaration->add_option("--format", order.format, "table (the default), csv or json")
-      ->transform(CLI::CheckedTransformer(scanFormats()).description("NAME"));
+      ->transform(oneOf(scanFormats()));
   declaration->add_option("-o", order.file, "Write the scans to FILE instead of standard output");
   declaration->add_option("--plot", order.plot, "Draw the last scan to FILE, as SVG");
   declaration->add_flag("--reconnect", order.isReconnecting,

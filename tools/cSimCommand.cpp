@@ -5,6 +5,7 @@
 #include "tools/cDeviceName.h"
 #include "tools/cOutput.h"
 #include "tools/notice.h"
+#include "tools/oneOf.h"
 #include "tools/printable.h"
 
 namespace tool {
@@ -50,10 +51,10 @@ int valueOf(eSimFault fault, const std::string& text) {
 cSimCommand::cSimCommand(CLI::App& app)
     : iCommand(app.add_subcommand("sim", "Run a simulated sensor on a pseudo-terminal")) {
   declaration->add_option("--model", setting.model, "short (the default), middle or long range")
-      ->transform(CLI::CheckedTransformer(simModels()).description("NAME"));
+      ->transform(oneOf(simModels()));
   declaration
       ->add_option("--dialect", setting.dialect, "scip2 (the default), scip1 or scip1-switch")
-      ->transform(CLI::CheckedTransformer(simDialects()).description("NAME"));
+      ->transform(oneOf(simDialects()));
   declaration->add_option("--speed", setting.speed,
                           "Line speed in bits/s at which alone it answers (default: at any)");
   declaration->add_option("--rate", setting.rate, "Scans per second (default: the model's)");

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <exception>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "tools/cFailure.h"
@@ -22,6 +23,18 @@ void occupyStandardDescriptors() {
   for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(fd, F_GETFD) < 0) open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
+}
+
+std::string exitStatuses() {
+  const auto row = [](tool::eExit status, const char* text) {
+    return "  " + std::to_string(static_cast<int>(status)) + "  " + text + "\n";
+  };
+  return "Exit status:\n" +
+         row(tool::eExit::SUCCESS, "all done, or ended by a signal or a reader who had enough") +
+         row(tool::eExit::BAD_INPUT, "an option's value, a file or the device is at fault") +
+         row(tool::eExit::USAGE, "the command line cannot be understood") +
+         row(tool::eExit::NO_SENSOR, "no sensor answers on the device") +
+         row(tool::eExit::SCANS_STOPPED, "a running scan dried up");
 }
 
 int fail(tool::eExit status, const char* message) {
@@ -50,6 +63,7 @@ int main(int argc, char** argv) {
 
   CLI::App app("Finds laser range finders on serial lines and takes their scans.", "tarvolink");
   app.set_version_flag("--version", "tarvolink " TARVOLINK_VERSION);
+  app.footer(exitStatuses());
   app.require_subcommand(0, 1);  // none is told below, after a misspelt one
   std::vector<std::unique_ptr<tool::iCommand>> commands;
   commands.push_back(std::make_unique<tool::cListCommand>(app));

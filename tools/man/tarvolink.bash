@@ -1,0 +1,25 @@
+# Completion of tarvolink's command line. The program itself tells its subcommands, options and the
+# values that they take: by --help.
+
+_tarvolink() {
+  local program=$1 word=$2 before=$3 subcommand= help i
+  for ((i = 1; i < COMP_CWORD; i++)); do
+    [[ ${COMP_WORDS[i]} == -* ]] || { subcommand=${COMP_WORDS[i]}; break; }
+  done
+  help=$("$program" $subcommand --help 2>/dev/null) || return 0
+
+  local offers=
+  if [[ $before == -* ]] && grep -q -- "^  \(-[a-z],\)\?$before [^ ]" <<<"$help"; then
+    # The line of an option that takes a value: "--format ENUM:{csv,json,table}".
+    offers=$(sed -n "s/^  $before [A-Z]*:{\(.*\)}.*/\1/p" <<<"$help" | tr ',' ' ')
+    [[ $before != --fault ]] || offers=$(sed -n 's/^  \([a-z-]*\)=.*/\1/p' <<<"$help")
+  elif [[ $word == -* ]]; then
+    offers=$(grep -o -- '^  -[^ ]*' <<<"$help" | tr ',' ' ')
+  elif [[ -z $subcommand ]]; then
+    offers=$(sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p' <<<"$help")
+  fi
+  mapfile -t COMPREPLY < <(compgen -W "$offers" -- "$word")
+}
+
+# Where nothing of this fits, the names of files do: devices are files.
+complete -o default -F _tarvolink tarvolink
