@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -69,6 +70,24 @@ bool setStopBits(tcflag_t& control, std::int32_t stopBits) {
   return true;
 }
 
+// Signals in one wait from which on it is no more begun anew by each: a host's timer that is faster
+// than the time-out would make it endless.
+constexpr int SIGNAL_STORM = 16;
+
+/// Waits the whole time-out, with all signals blocked.
+int waitUndisturbed(struct pollfd& waiting, int timeout) {
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &before);
+  int ready = 0;
+  do {
+    ready = ::poll(&waiting, 1, timeout);
+  } while (ready == -1 && errno == EINTR);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return ready;
+}
+
 /// The value with which `underflow` hands out a character: see there.
 int signExtended(char c) { return static_cast<signed char>(c); }
 
@@ -88,6 +107,8 @@ void basic_portbuf<char>::setupSelf(std::string devicePath) {
   if (fd > 0) ::close(fd);
   usable = false;
   device = std::move(devicePath);
+  // What may throw comes first: of a constructor that threw, nobody closes the descriptor.
+  const boost::shared_ptr<cPortSetting> copy(new cPortSetting(*setting));
   fd = ::open(device.c_str(), O_RDWR, 0);
   if (fd < 0) {
     std::perror("basic_portbuf::c'tor");
@@ -103,7 +124,7 @@ void basic_portbuf<char>::setupSelf(std::string devicePath) {
     usable = false;
     return;
   }
-  usable = termSetup(boost::shared_ptr<cPortSetting>(new cPortSetting(*setting)));
+  usable = termSetup(copy);
 }
 
 bool basic_portbuf<char>::termSetup(boost::shared_ptr<cPortSetting> wanted) {
@@ -130,11 +151,11 @@ bool basic_portbuf<char>::applySetting(const cPortSetting& wanted,
 
 int basic_portbuf<char>::waitFor(short events) const {
   struct pollfd waiting = {fd, events, 0};
-  int ready = 0;
-  do {
-    ready = ::poll(&waiting, 1, readTimeout);
-  } while (ready == -1 && errno == EINTR);
-  return ready;
+  for (int signals = 0; signals < SIGNAL_STORM; ++signals) {
+    const int ready = ::poll(&waiting, 1, readTimeout);
+    if (ready != -1 || errno != EINTR) return ready;
+  }
+  return waitUndisturbed(waiting, readTimeout);
 }
 
 bool basic_portbuf<char>::isAvailable() {

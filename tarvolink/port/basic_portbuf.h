@@ -50,8 +50,8 @@ class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
   /// as 0, which is no failure. `setting` must not be empty (assertion); it is not kept.
   bool termSetup(boost::shared_ptr<cPortSetting> setting);
 
-  /// Waits for input up to `readTimeout` (poll(2), begun anew after a signal). True:
-  /// readable. False: the time is over, or poll failed.
+  /// Waits for input up to `readTimeout` (poll(2), begun anew after a signal; after the 16th with
+  /// all signals blocked). True: readable. False: the time is over, or poll failed.
   bool isAvailable();
 
   /// Makes reads that find no character waiting in the buffer end at once (true), or wait again
