@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "tests/docs/cDocument.h"
 
 namespace {
@@ -41,4 +43,19 @@ TEST(DocumentedCodeTest, IsCompiledAndRunByTests) {
     }
   }
   EXPECT_GE(blocks, 10) << "the blocks were not found";
+}
+
+TEST(DocumentedLinkTest, LeadsToAFile) {
+  const std::regex link("\\]\\(([^)#:]+)\\)");
+  int links = 0;
+  for (const cDocument& document : cDocument::all()) {
+    const std::filesystem::path path(SOURCE_PATH "/" + document.name);
+    const std::string text = readFile(path);
+    for (std::sregex_iterator found(text.begin(), text.end(), link), end; found != end; ++found) {
+      ++links;
+      EXPECT_TRUE(std::filesystem::exists(path.parent_path() / found->str(1)))
+          << document.name << ": " << found->str(1);
+    }
+  }
+  EXPECT_GE(links, 20) << "the links were not found";
 }
