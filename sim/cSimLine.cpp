@@ -53,7 +53,7 @@ std::string cSimLine::hear() {
 
 std::size_t cSimLine::say(const char* bytes, std::size_t count, bool recordBegins) {
   if (recordBegins) beginBurst();
-  ssize_t written;
+  ssize_t written = 0;
   if (matches()) {
     written = write(pty.getMaster(), bytes, count);
   } else {

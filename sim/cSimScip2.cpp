@@ -1,6 +1,7 @@
 #include "sim/cSimScip2.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "sim/cSimCode.h"
@@ -114,7 +115,7 @@ cSimRecord cSimScip2::status(const cCall& call) {
   char time[16];
   std::snprintf(time, sizeof time, "%06X", static_cast<unsigned>(call.moment.stamp & 0xFFFFFF));
   const bool brief = setting.model == eSimModel::SHORT_RANGE;
-  const int rpm = static_cast<int>(rate() * 60 + 0.5);
+  const int rpm = static_cast<int>(std::lround(rate() * 60));
   return reply(
       call.line, "00",
       information("MODL", model.name) + information("LASR", state.laser ? "ON" : "OFF") +

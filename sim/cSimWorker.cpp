@@ -80,7 +80,7 @@ void cSimWorker::wake() {
 }
 
 void cSimWorker::drainWakeUp() {
-  std::uint64_t count;
+  std::uint64_t count = 0;
   while (read(event.get(), &count, sizeof count) > 0) {
   }
 }

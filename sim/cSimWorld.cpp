@@ -86,7 +86,7 @@ void cSimWorld::seePerson(const cPerson& person, int first, std::vector<double>&
 
 int cSimWorld::reading(double range, std::uint64_t noise) const {
   cSimRandom random(noise);
-  const auto errors = static_cast<std::uint64_t>(model.errorLast - model.errorFirst + 1);
+  const auto errors = static_cast<std::uint64_t>(model.errorLast - model.errorFirst) + 1;
   if (random.below(MISS) != 0 && range <= model.far) {
     const double seen = range + random.gaussian() * (NOISE + range * NOISE_PART);
     if (seen >= model.near && seen <= model.far) return static_cast<int>(seen);
@@ -98,7 +98,7 @@ std::vector<int> cSimWorld::scan(std::uint32_t number, int first, int last, int 
                                  int most) const {
   if (first < 0 || last < first || last >= model.perTurn)
     throw std::out_of_range("cSimWorld: a scan needs 0 <= first <= last < steps per turn");
-  const auto count = static_cast<std::size_t>(last - first + 1);
+  const auto count = static_cast<std::size_t>(last - first) + 1;
   const auto group = static_cast<std::size_t>(std::max(cluster, 1));
   std::vector<double> ranges(count);
   for (std::size_t i = 0; i < count; ++i)

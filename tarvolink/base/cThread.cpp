@@ -26,6 +26,8 @@ class cSignalsBlocked {
 
 }  // namespace
 
+// Joining throws in the worker itself only, where destroying it is a programming error.
+// NOLINTNEXTLINE(bugprone-exception-escape)
 cThread::~cThread() {
   join();
   delete thread;

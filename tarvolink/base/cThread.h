@@ -28,7 +28,7 @@ class TARVOLINK_API cThread {
   cThread& operator=(const cThread&) = delete;
 
   /// Joins the worker if it is still joinable.
-  virtual ~cThread();
+  virtual ~cThread();  // NOLINT(bugprone-exception-escape): see the definition
 
   /// Starts the worker; returns once `threadInit` has returned in it. On an object whose
   /// worker runs, has ended or was finalized it does nothing: there is one worker in a life.

@@ -26,7 +26,7 @@ bool cSCIPRecordReader::readEcho(cSCIPRecord& record) {
 
 bool cSCIPRecordReader::readBody(cSCIPRecord& record) {
   char* end = buffer.data();
-  bool isRead;
+  bool isRead = false;
   while ((isRead = readLine(end)) && !line.empty()) {
     end += line.size();
     *end++ = cTarvoLink::REC_EOL[0];
