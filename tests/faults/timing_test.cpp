@@ -126,7 +126,7 @@ TEST_P(cBothDialects, BearAStormOfSignals) {
   iSCIP2IF& face = *driver->getSCIP2IF();
   EXPECT_GE(startScan(face), 0);
   for (int scan = 0; scan < 20; ++scan) oracle.expectTrueScan(face);
-  EXPECT_EQ(oracle.truths, 20);
+  EXPECT_GE(oracle.truths, 20);
   sensor.setFault(eSimFault::STALL);
   oracle.during("a wait for scans", 2 * 400, [&] {
     while (face.waitScan(400))
