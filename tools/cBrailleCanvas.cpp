@@ -78,11 +78,13 @@ std::string cBrailleCanvas::line(int row, const cPalette& palette) const {
 }
 
 cBrailleCanvas::cCell& cBrailleCanvas::cellAt(int column, int row) {
-  return cells[static_cast<std::size_t>(row * columns + column)];
+  return cells[static_cast<std::size_t>(row) * static_cast<std::size_t>(columns) +
+               static_cast<std::size_t>(column)];
 }
 
 const cBrailleCanvas::cCell& cBrailleCanvas::cellAt(int column, int row) const {
-  return cells[static_cast<std::size_t>(row * columns + column)];
+  return cells[static_cast<std::size_t>(row) * static_cast<std::size_t>(columns) +
+               static_cast<std::size_t>(column)];
 }
 
 }  // namespace tool

@@ -56,8 +56,9 @@ void cPolarPicture::drawReading(const cScanPoint& point) {
 
 void cPolarPicture::drawGrid() {
   const double step = getRingStep();
-  for (double distance = step; distance <= ringed; distance += step) drawRing(distance);
-  for (double distance = step; distance <= ringed; distance += step) labelRing(distance);
+  const int rings = static_cast<int>(ringed / step);
+  for (int ring = 1; ring <= rings; ++ring) drawRing(ring * step);
+  for (int ring = 1; ring <= rings; ++ring) labelRing(ring * step);
   canvas.write(middleColumn, middleRow, std::vector<std::string>{"▲"});
 }
 
@@ -71,8 +72,9 @@ void cPolarPicture::drawRing(double distance) {
 }
 
 void cPolarPicture::drawRay(double angle) {
-  for (double radius = RAY_DOTS; radius <= dotsToEdge; radius += RAY_DOTS) {
-    const cPosition dot = positionAt(radius, angle);
+  const int dots = static_cast<int>(dotsToEdge / RAY_DOTS);
+  for (int i = 1; i <= dots; ++i) {
+    const cPosition dot = positionAt(i * RAY_DOTS, angle);
     canvas.gridDot(rounded(middleX + dot.right), rounded(middleY - dot.up));
   }
 }
@@ -91,6 +93,7 @@ void cPolarPicture::labelRing(double distance) {
 
 std::vector<std::string> cPolarPicture::lines(const cPalette& palette) const {
   std::vector<std::string> text;
+  text.reserve(static_cast<std::size_t>(rows));
   for (int row = 0; row < rows; ++row) text.push_back(canvas.line(row, palette));
   return text;
 }

@@ -106,7 +106,7 @@ boost::shared_ptr<cScan> cSensorDriverSCIP1::addScan(int start, int end, int clu
 }
 
 boost::shared_ptr<cScan> cSensorDriverSCIP1::decode(int start, int end, int cluster) {
-  const boost::shared_ptr<cScan> none;
+  boost::shared_ptr<cScan> none;
   factory.scan.reset(new cScan(toDegrees(start) / DEGREES_PER_RADIAN,
                                toDegrees(end) / DEGREES_PER_RADIAN,
                                cluster * SCIP1_DEGREES_PER_STEP / DEGREES_PER_RADIAN));

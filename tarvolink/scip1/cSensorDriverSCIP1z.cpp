@@ -30,7 +30,7 @@ boost::shared_ptr<cScan> cSensorDriverSCIP1z::addScan(int start, int end, int cl
 }
 
 boost::shared_ptr<cScan> cSensorDriverSCIP1z::decode(int start, int end, int cluster) {
-  const boost::shared_ptr<cScan> none;
+  boost::shared_ptr<cScan> none;
   const long long expected = countReadings(start, end, cluster);
   factory.scan.reset(new cScan(toDegrees(start), toDegrees(end), cluster * SCIP1_DEGREES_PER_STEP));
   factory.scan->timeStamp = kavTBX::cTime(boost::posix_time::microsec_clock::local_time());

@@ -11,7 +11,7 @@ cSCIP2Claim::~cSCIP2Claim() {
 
 boost::shared_ptr<cSCIPRecord> cSCIP2Claim::waitRecord(int timeout) {
   if (listener == nullptr) return boost::shared_ptr<cSCIPRecord>();
-  const boost::shared_ptr<cSCIPRecord> record = comm.waitRecord(listener, timeout);
+  boost::shared_ptr<cSCIPRecord> record = comm.waitRecord(listener, timeout);
   if (record && listener->isLateAnswer(*record)) comm.retire(listener);
   return record;
 }
