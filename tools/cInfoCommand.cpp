@@ -48,8 +48,9 @@ std::vector<cFact> factsOf(const std::string& device, const cSensor& sensor) {
 }
 
 std::string toText(const cFact& fact) {
-  if (fact.value.is_null() || fact.value == "") return "(not told)";
   const bool isText = fact.value.is_string();
+  const bool isTold = isText ? !fact.value.get<std::string>().empty() : !fact.value.is_null();
+  if (!isTold) return "(not told)";
   return (isText ? printable(fact.value.get<std::string>()) : fact.value.dump()) + fact.unit;
 }
 

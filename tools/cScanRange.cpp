@@ -96,7 +96,7 @@ void cScanRange::checkLastLine() const {
 }
 
 std::size_t cScanRange::getPoints() const {
-  return static_cast<std::size_t>((last - first) / cluster + 1);
+  return static_cast<std::size_t>((last - first) / cluster) + 1;
 }
 
 int cScanRange::start(iSCIP2IF& scanner) const {
