@@ -16,3 +16,4 @@ fi
 for folder in "${folders[@]}"; do
   ctest --test-dir "build/arm64/tests/$folder" --output-on-failure --repeat until-pass:2
 done
+ctest --test-dir build/arm64/soak --output-on-failure --repeat until-pass:2

@@ -1,0 +1,81 @@
+// Four simulated sensors at 40 Hz for as long as one likes, with faults that come and go: every
+// scan sent is delivered as it was measured, or lost to the fault that was on; and the process
+// stays as small as it was.
+//   tarvosoak SECONDS
+#include <malloc.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+
+#include "soak/cLife.h"
+
+namespace {
+
+using cClock = cLife::cClock;
+
+constexpr unsigned SENSORS = 4;
+constexpr long RSS_GROWTH = 8192;  // kB after the warm-up: buffers of the C library
+
+cTally tally;
+
+struct cSize {
+  long rss;  // kB
+  long descriptors;
+  int threads;
+};
+
+cSize measure() {
+  malloc_trim(0);
+  long pages = 0;
+  std::ifstream("/proc/self/statm") >> pages >> pages;
+  const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+  return {pages * sysconf(_SC_PAGESIZE) / 1024, std::distance(descriptors, {}), countThreads()};
+}
+
+std::ostream& operator<<(std::ostream& out, const cSize& size) {
+  return out << size.rss << " kB, " << size.descriptors << " descriptors, " << size.threads
+             << " threads";
+}
+
+bool isFlat(const cSize& before, const cSize& after) {
+  return after.rss <= before.rss + RSS_GROWTH && after.descriptors <= before.descriptors &&
+         after.threads <= before.threads;
+}
+
+/// Lives one after the other on each of the sensors until then; a line a minute.
+void soak(cClock::time_point end) {
+  std::vector<std::thread> threads;
+  for (unsigned seed = 1; seed <= SENSORS; ++seed) {
+    threads.emplace_back([seed, end] {
+      std::mt19937 random(seed);
+      while (cClock::now() < end) cLife(random, tally).live(end);
+    });
+  }
+  for (int minute = 1; cClock::now() + std::chrono::minutes(1) < end; ++minute) {
+    std::this_thread::sleep_for(std::chrono::minutes(1));
+    std::cout << "minute " << minute << ": " << tally.describe() << "; " << measure() << std::endl;
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int seconds = argc > 1 ? std::atoi(argv[1]) : 0;
+  if (seconds < 1) {
+    std::cerr << "usage: " << argv[0] << " SECONDS\n";
+    return 2;
+  }
+  const auto begin = cClock::now();
+  soak(begin + std::chrono::seconds(std::min(seconds / 5 + 1, 60)));  // the warm-up
+  const cSize before = measure();
+  soak(begin + std::chrono::seconds(seconds));
+  const cSize after = measure();
+  const bool isSound = isFlat(before, after) && tally.isSound();
+  std::cout << "all: " << tally.describe() << '\n'
+            << (isSound ? "sound: " : "FAILED: ") << before << " after the warm-up; " << after
+            << " at the end" << std::endl;
+  return isSound ? 0 : 1;
+}
