@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CABORTGUARD_H
-#define TARVOLINK_TOOLS_CABORTGUARD_H
+#pragma once
 
 #include <csignal>
 #include <string>
@@ -27,5 +26,3 @@ class cAbortGuard {
 };
 
 }  // namespace tool
-
-#endif

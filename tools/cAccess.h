@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CACCESS_H
-#define TARVOLINK_TOOLS_CACCESS_H
+#pragma once
 
 #include <sys/stat.h>
 
@@ -34,5 +33,3 @@ class cAccess {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CBRAILLECANVAS_H
-#define TARVOLINK_TOOLS_CBRAILLECANVAS_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -55,5 +54,3 @@ class cBrailleCanvas {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CDESCRIPTOR_H
-#define TARVOLINK_TOOLS_CDESCRIPTOR_H
+#pragma once
 
 #include <unistd.h>
 
@@ -22,5 +21,3 @@ class cDescriptor {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CDEVICENAME_H
-#define TARVOLINK_TOOLS_CDEVICENAME_H
+#pragma once
 
 #include <map>
 #include <string>
@@ -47,5 +46,3 @@ class cDeviceName {
 };
 
 }  // namespace tool
-
-#endif

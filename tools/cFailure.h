@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CFAILURE_H
-#define TARVOLINK_TOOLS_CFAILURE_H
+#pragma once
 
 #include <stdexcept>
 #include <string>
@@ -33,5 +32,3 @@ class cPassingFailure : public cFailure {
 };
 
 }  // namespace tool
-
-#endif

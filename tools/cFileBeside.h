@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CFILEBESIDE_H
-#define TARVOLINK_TOOLS_CFILEBESIDE_H
+#pragma once
 
 #include <string>
 
@@ -42,5 +41,3 @@ class cFileBeside {
 [[noreturn]] void failToWrite(const std::string& path, int error);
 
 }  // namespace tool
-
-#endif

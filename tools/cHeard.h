@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CHEARD_H
-#define TARVOLINK_TOOLS_CHEARD_H
+#pragma once
 
 #include <string>
 
@@ -30,5 +29,3 @@ class cHeard {
 std::string causeOf(eHeard best);
 
 }  // namespace tool
-
-#endif

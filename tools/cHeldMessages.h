@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CHELDMESSAGES_H
-#define TARVOLINK_TOOLS_CHELDMESSAGES_H
+#pragma once
 
 namespace tool {
 
@@ -19,5 +18,3 @@ class cHeldMessages {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CINFOCOMMAND_H
-#define TARVOLINK_TOOLS_CINFOCOMMAND_H
+#pragma once
 
 #include "tools/cDeviceName.h"
 #include "tools/iCommand.h"
@@ -19,5 +18,3 @@ class cInfoCommand : public iCommand {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CLISTCOMMAND_H
-#define TARVOLINK_TOOLS_CLISTCOMMAND_H
+#pragma once
 
 #include "tools/iCommand.h"
 
@@ -18,5 +17,3 @@ class cListCommand : public iCommand {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CLIVEVIEW_H
-#define TARVOLINK_TOOLS_CLIVEVIEW_H
+#pragma once
 
 #include <chrono>
 #include <optional>
@@ -51,5 +50,3 @@ class cLiveView {
 };
 
 }  // namespace tool
-
-#endif

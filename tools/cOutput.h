@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_COUTPUT_H
-#define TARVOLINK_TOOLS_COUTPUT_H
+#pragma once
 
 #include <memory>
 #include <string>
@@ -65,5 +64,3 @@ class cOutput {
 };
 
 }  // namespace tool
-
-#endif

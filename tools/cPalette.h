@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CPALETTE_H
-#define TARVOLINK_TOOLS_CPALETTE_H
+#pragma once
 
 #include <string>
 
@@ -30,5 +29,3 @@ class cPalette {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CPOLARPICTURE_H
-#define TARVOLINK_TOOLS_CPOLARPICTURE_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -54,5 +53,3 @@ class cPolarPicture {
 };
 
 }  // namespace tool
-
-#endif

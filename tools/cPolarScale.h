@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CPOLARSCALE_H
-#define TARVOLINK_TOOLS_CPOLARSCALE_H
+#pragma once
 
 #include <string>
 
@@ -43,5 +42,3 @@ class cPolarScale {
 std::string metres(double millimetres);
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CPORT_H
-#define TARVOLINK_TOOLS_CPORT_H
+#pragma once
 
 #include <string>
 
@@ -39,5 +38,3 @@ class cPort {
 };
 
 }  // namespace tool
-
-#endif

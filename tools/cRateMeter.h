@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CRATEMETER_H
-#define TARVOLINK_TOOLS_CRATEMETER_H
+#pragma once
 
 #include <chrono>
 #include <cstddef>
@@ -43,5 +42,3 @@ class cRateMeter {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSCANCOMMAND_H
-#define TARVOLINK_TOOLS_CSCANCOMMAND_H
+#pragma once
 
 #include <string>
 
@@ -23,5 +22,3 @@ class cScanCommand : public iCommand {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSCANJOB_H
-#define TARVOLINK_TOOLS_CSCANJOB_H
+#pragma once
 
 #include <mutex>
 #include <optional>
@@ -66,5 +65,3 @@ class cScanJob {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSCANRANGE_H
-#define TARVOLINK_TOOLS_CSCANRANGE_H
+#pragma once
 
 #include <cstddef>
 #include <optional>
@@ -61,5 +60,3 @@ class cScanRange {
 };
 
 }  // namespace tool
-
-#endif

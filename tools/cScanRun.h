@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSCANRUN_H
-#define TARVOLINK_TOOLS_CSCANRUN_H
+#pragma once
 
 #include <chrono>
 #include <string>
@@ -53,5 +52,3 @@ class cScanRun {
 };
 
 }  // namespace tool
-
-#endif

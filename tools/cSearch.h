@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSEARCH_H
-#define TARVOLINK_TOOLS_CSEARCH_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -39,5 +38,3 @@ class cSearch {
 };
 
 }  // namespace tool
-
-#endif

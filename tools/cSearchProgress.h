@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSEARCHPROGRESS_H
-#define TARVOLINK_TOOLS_CSEARCHPROGRESS_H
+#pragma once
 
 #include <chrono>
 #include <condition_variable>
@@ -42,5 +41,3 @@ class cSearchProgress {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSENSOR_H
-#define TARVOLINK_TOOLS_CSENSOR_H
+#pragma once
 
 #include <memory>
 #include <optional>
@@ -63,5 +62,3 @@ class cSensor {
 };
 
 }  // namespace tool
-
-#endif

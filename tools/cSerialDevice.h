@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSERIALDEVICE_H
-#define TARVOLINK_TOOLS_CSERIALDEVICE_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -39,5 +38,3 @@ class cSerialDevice {
 std::string defaultDevice();
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSIMCOMMAND_H
-#define TARVOLINK_TOOLS_CSIMCOMMAND_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -32,5 +31,3 @@ class cSimCommand : public iCommand {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSTATUSLINE_H
-#define TARVOLINK_TOOLS_CSTATUSLINE_H
+#pragma once
 
 #include <mutex>
 #include <string>
@@ -29,5 +28,3 @@ class cStatusLine {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSTOP_H
-#define TARVOLINK_TOOLS_CSTOP_H
+#pragma once
 
 #include <atomic>
 #include <chrono>
@@ -87,5 +86,3 @@ class cStop {
 };
 
 }  // namespace tool
-
-#endif

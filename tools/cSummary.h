@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSUMMARY_H
-#define TARVOLINK_TOOLS_CSUMMARY_H
+#pragma once
 
 #include "tools/cTally.h"
 #include "tools/notice.h"
@@ -21,5 +20,3 @@ class cSummary {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CSVGPLOT_H
-#define TARVOLINK_TOOLS_CSVGPLOT_H
+#pragma once
 
 #include <string>
 
@@ -31,5 +30,3 @@ class cSvgPlot {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CTALLY_H
-#define TARVOLINK_TOOLS_CTALLY_H
+#pragma once
 
 #include <fmt/format.h>
 
@@ -27,5 +26,3 @@ struct cTally {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CTERMINAL_H
-#define TARVOLINK_TOOLS_CTERMINAL_H
+#pragma once
 
 #include <csignal>
 #include <string>
@@ -54,5 +53,3 @@ class cTerminal {
 };
 
 }  // namespace tool
-
-#endif

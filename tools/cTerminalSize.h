@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CTERMINALSIZE_H
-#define TARVOLINK_TOOLS_CTERMINALSIZE_H
+#pragma once
 
 namespace tool {
 
@@ -18,5 +17,3 @@ struct cTerminalSize {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CVIEWCOMMAND_H
-#define TARVOLINK_TOOLS_CVIEWCOMMAND_H
+#pragma once
 
 #include "tools/cDeviceName.h"
 #include "tools/cOutput.h"
@@ -24,5 +23,3 @@ class cViewCommand : public iCommand {
 };
 
 }  // namespace tool
-
-#endif

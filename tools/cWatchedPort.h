@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CWATCHEDPORT_H
-#define TARVOLINK_TOOLS_CWATCHEDPORT_H
+#pragma once
 
 #include <chrono>
 #include <cstddef>
@@ -66,5 +65,3 @@ class cWatchedPort : public kavTBX::basic_portbuf<char> {
 };
 
 }  // namespace tool
-
-#endif

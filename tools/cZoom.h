@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_CZOOM_H
-#define TARVOLINK_TOOLS_CZOOM_H
+#pragma once
 
 #include "tools/cPolarScale.h"
 
@@ -33,5 +32,3 @@ class cZoom {
 };
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_DEVICEOPTIONS_H
-#define TARVOLINK_TOOLS_DEVICEOPTIONS_H
+#pragma once
 
 #include <CLI/CLI.hpp>
 
@@ -18,5 +17,3 @@ inline void addDeviceOptions(CLI::App& command, cDeviceWish& wish) {
 }
 
 }  // namespace tool
-
-#endif

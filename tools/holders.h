@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_HOLDERS_H
-#define TARVOLINK_TOOLS_HOLDERS_H
+#pragma once
 
 #include <sys/types.h>
 
@@ -23,5 +22,3 @@ std::vector<cHolder> holdersOf(const std::string& path);
 std::string toText(const std::vector<cHolder>& holders);
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_ICOMMAND_H
-#define TARVOLINK_TOOLS_ICOMMAND_H
+#pragma once
 
 #include <CLI/CLI.hpp>
 
@@ -23,5 +22,3 @@ class iCommand {
 };
 
 }  // namespace tool
-
-#endif

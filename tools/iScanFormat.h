@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_ISCANFORMAT_H
-#define TARVOLINK_TOOLS_ISCANFORMAT_H
+#pragma once
 
 #include <cstddef>
 #include <map>
@@ -33,5 +32,3 @@ class iScanFormat {
 std::unique_ptr<iScanFormat> makeScanFormat(eScanFormat format, const cScanRange& range);
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_NOTICE_H
-#define TARVOLINK_TOOLS_NOTICE_H
+#pragma once
 
 #include <cstdio>
 #include <string>
@@ -12,5 +11,3 @@ inline void notice(const std::string& text) {
 }
 
 }  // namespace tool
-
-#endif

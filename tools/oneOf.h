@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_ONEOF_H
-#define TARVOLINK_TOOLS_ONEOF_H
+#pragma once
 
 #include <CLI/CLI.hpp>
 
@@ -15,5 +14,3 @@ CLI::CheckedTransformer oneOf(const tTable& table) {
 }
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_PRINTABLE_H
-#define TARVOLINK_TOOLS_PRINTABLE_H
+#pragma once
 
 #include <string>
 
@@ -14,5 +13,3 @@ inline std::string printable(std::string text) {
 }
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_RANGEOPTIONS_H
-#define TARVOLINK_TOOLS_RANGEOPTIONS_H
+#pragma once
 
 #include <CLI/CLI.hpp>
 
@@ -20,5 +19,3 @@ inline void addRangeOptions(CLI::App& command, cScanWish& wish) {
 }
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_REPLACEFILE_H
-#define TARVOLINK_TOOLS_REPLACEFILE_H
+#pragma once
 
 #include <string>
 
@@ -15,5 +14,3 @@ void checkReplaceable(const std::string& path);
 void replaceFile(const std::string& path, const std::string& text);
 
 }  // namespace tool
-
-#endif

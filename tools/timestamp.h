@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_TIMESTAMP_H
-#define TARVOLINK_TOOLS_TIMESTAMP_H
+#pragma once
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <string>
@@ -12,5 +11,3 @@ namespace tool {
 std::string isoTimestamp(const boost::posix_time::ptime& local);
 
 }  // namespace tool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef TARVOLINK_TOOLS_VIEWFRAME_H
-#define TARVOLINK_TOOLS_VIEWFRAME_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -28,5 +27,3 @@ std::vector<std::string> viewFrame(const cTerminalSize& size, const cPalette& pa
                                    const cViewStatus& status, const std::string& help);
 
 }  // namespace tool
-
-#endif

@@ -88,10 +88,13 @@ TEST_P(ProgramFile, replacesWhatALinkLeadsToAndKeepsItsPermissions) {
   const cTempFolder folder;
   const std::string file = folder / "file";
   const std::string link = folder / "link";
-  std::ofstream(file) << "older";
-  fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
   fs::create_symlink("file", link);
   const cSimSensor sensor(unpaced());
+  // First what the link leads to is not there, then it is.
+  ASSERT_EQ(runProgram({"scan", sensor.getPath(), GetParam(), link}).status, 0);
+  EXPECT_GT(readFile(file).size(), 50u);
+  std::ofstream(file) << "older";
+  fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
   ASSERT_EQ(runProgram({"scan", sensor.getPath(), GetParam(), link}).status, 0);
   EXPECT_TRUE(fs::is_symlink(link));
   EXPECT_GT(readFile(file).size(), 50u);

@@ -1,5 +1,7 @@
 // Searches that find nothing: what is said, and how they end.
+#include <atomic>
 #include <csignal>
+#include <thread>
 
 #include "tests/support/cCaseName.h"
 #include "tests/support/cPtyPair.h"
@@ -64,6 +66,34 @@ TEST(ProgramSearch, showsOnATerminalWhatItTries) {
   EXPECT_EQ(program.wait(), 0);
   const std::string& text = program.getOutput();
   EXPECT_GT(text.rfind("\x1b[J"), text.rfind("at most")) << "the status line stays";
+}
+
+// Would catch a search that listens to such a device up to the library's 64 KiB a record.
+TEST(ProgramSearch, endsInTimeOnALineThatIsNeverSilent) {
+  const cPtyPair line;
+  std::atomic<bool> isOver{false};
+  std::thread talker([&] {
+    while (!isOver) {
+      line.send("$GPGGA,123519,4807.038,N\r\n");
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+  });
+  cProgram program({"info", line.getPath(), "--speed", "19200"});
+  const auto before = std::chrono::steady_clock::now();
+  EXPECT_EQ(program.wait(std::chrono::seconds(120)), 3);
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(45));
+  isOver = true;
+  talker.join();
+  EXPECT_TRUE(holds(program.getErrors(), "Another kind of device"));
+}
+
+TEST(ProgramSearch, endsAtOnceWhereNobodyReads) {
+  const cPtyPair line;
+  cProgram program({"scan", line.getPath()});
+  program.closeOutput();
+  const auto before = std::chrono::steady_clock::now();
+  EXPECT_EQ(program.wait(), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(10)) << "62 for all";
 }
 
 class ProgramSearchEnd : public testing::TestWithParam<int> {};
