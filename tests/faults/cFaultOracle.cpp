@@ -1,11 +1,9 @@
 #include "tests/faults/cFaultOracle.h"
 
-#include <gtest/gtest.h>
 #include <malloc.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 
 namespace {
 
@@ -33,12 +31,6 @@ int countDescriptors() {
   return static_cast<int>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
 }
 
-std::set<int> getThreadsButThis() {
-  std::set<int> threads = getThreads();
-  threads.erase(gettid());
-  return threads;
-}
-
 /// What pthread_getcpuclockid would say of another thread, by its number; 0 if it has ended.
 double getCpuSeconds(int thread) {
   timespec used = {};
@@ -54,19 +46,10 @@ double millisecondsSince(cClock::time_point begin) {
 
 }  // namespace
 
-cSimSetting paced(eSimDialect dialect, double rate) {
-  cSimSetting setting;
-  setting.dialect = dialect;
-  setting.rate = rate;
-  return setting;
-}
-
-tDriver1 openDriver1(const std::string& path) {
-  return tDriver1(new cSensorDriverSCIP1(openLink(path)));
-}
-
-int startScan(iSCIP2IF& driver, int count) {
-  return surely(driver, [&] { return driver.startScan(FIRST, LAST, 1, 0, count, FAR); });
+std::set<int> getOtherThreads() {
+  std::set<int> threads = getThreads();
+  threads.erase(gettid());
+  return threads;
 }
 
 std::size_t countAllocated() {
@@ -76,7 +59,7 @@ std::size_t countAllocated() {
 
 cFaultOracle::cFaultOracle(const cSimSensor& sensed)
     : sensor(sensed),
-      others(getThreadsButThis()),
+      others(getOtherThreads()),
       descriptors(countDescriptors()),
       threads(countThreads()),
       memory(countAllocated()) {}
@@ -115,20 +98,22 @@ bool cFaultOracle::judge(const std::vector<int>& distances, int patience) {
   const std::size_t noted = sensor.getCounters().scans;
   for (std::size_t i = next; i <= noted; ++i) {
     if (!sensor.waitForSentScans(i + 1, std::chrono::milliseconds(patience))) break;
-    if (i >= sent.size()) sent = sensor.getSentScans();
-    const std::uint32_t number = sent.at(i);
-    const bool isWide = std::any_of(distances.begin(), distances.end(),
-                                    [](int distance) { return distance > NEAR; });
-    for (const int most : {INT_MAX, NEAR}) {
-      if (isWide && most == NEAR) continue;
-      if (sensor.getTrueDistances(number, FIRST, LAST, 1, most) != distances) continue;
-      next = i + 1;
-      ++truths;
-      return true;
-    }
+    if (!isTrue(sensor.getSentScans().at(i), distances)) continue;
+    next = i + 1;
+    ++truths;
+    return true;
   }
   ++lies;
   return false;
+}
+
+bool cFaultOracle::isTrue(std::uint32_t scan, const std::vector<int>& distances) const {
+  return sensor.getTrueDistances(scan, FIRST, LAST, 1) == distances ||
+         sensor.getTrueDistances(scan, FIRST, LAST, 1, NEAR) == distances;
+}
+
+void cFaultOracle::take(iSCIP2IF& driver, int patience) {
+  while (driver.getScanNum() > 0) judge(distancesOf(driver.getScanFirst()), patience);
 }
 
 void cFaultOracle::follow(iSCIP2IF& driver, const std::function<bool()>& condition) {
@@ -137,7 +122,7 @@ void cFaultOracle::follow(iSCIP2IF& driver, const std::function<bool()>& conditi
     ASSERT_LT(cClock::now(), deadline) << "what was waited for did not come";
     try {
       driver.waitScan(100);
-      while (driver.getScanNum() > 0) judge(distancesOf(driver.getScanFirst()));
+      take(driver);
     } catch (const std::out_of_range&) {
       ++told;
     }

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <functional>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "tests/support/driving.h"
 
@@ -15,17 +12,6 @@ constexpr int FAR = 5600;     // asks for three characters a reading
 constexpr int NEAR = 4095;    // for two
 constexpr int READ = 300;     // a read under way, before a command's line is written
 constexpr int ANSWER = 2000;  // an answer of SCIP 2.0
-
-using tDriver1 = boost::shared_ptr<cSensorDriverSCIP1>;
-
-/// A sensor of that dialect that measures so often a second.
-cSimSetting paced(eSimDialect dialect = eSimDialect::SCIP2, double rate = 50);
-
-/// A SCIP 1.x driver without a detection.
-tDriver1 openDriver1(const std::string& path);
-
-/// The range above, without end.
-int startScan(iSCIP2IF& driver, int count = 0);
 
 /// What holds whatever the far end of a cable does: no crash, no call that hangs or is late, no
 /// scan that differs from the truth where sums, lengths or the number of points tell it, hardly any
@@ -45,11 +31,14 @@ class cFaultOracle {
   /// Whether a scan is one that was sent after those judged before. Counted as true, as told (its
   /// number of points gives it away), or as a lie.
   /// @param patience  milliseconds; the host has a scan a moment before it is noted as sent
-  bool judge(const std::vector<int>& distances, int patience = 2000);
+  bool judge(const std::vector<int>& distances, int patience = LONG);
+  /// Takes and judges what scans there are.
+  void take(iSCIP2IF& driver, int patience = LONG);
   /// Takes and judges scans until the condition holds. One that throws is told.
   void follow(iSCIP2IF& driver, const std::function<bool()>& condition);
   /// The next scan that comes is true, or one of the few after it.
   void expectTrueScan(iSCIP2IF& driver);
+  int count() const { return truths + told + lies; }
 
   int truths = 0;
   int told = 0;
@@ -57,27 +46,18 @@ class cFaultOracle {
 
  private:
   double getLibrarySeconds() const;
+  bool isTrue(std::uint32_t scan, const std::vector<int>& distances) const;
 
   const cSimSensor& sensor;
   const std::set<int> others;  // threads that are not the library's
   const int descriptors;
   const int threads;
   const std::size_t memory;
-  std::vector<std::uint32_t> sent;  // numbers of scans, as far as they were needed
-  std::size_t next = 0;             // the first among them that may still come
+  std::size_t next = 0;  // the first scan sent that may still come
 };
+
+/// This process's threads but the caller's.
+std::set<int> getOtherThreads();
 
 /// Bytes allocated in this process; 0 under a sanitizer, which has an allocator of its own.
 std::size_t countAllocated();
-
-/// Runs a test of SCIP 1.x in a process of its own, which may end by the one assertion that is
-/// meant: an answer with another number of points than asked for.
-#define EXPECT_CLEAN_OR_DELIBERATE(statement)                                       \
-  EXPECT_EXIT(                                                                      \
-      {                                                                             \
-        statement;                                                                  \
-        std::cerr << (testing::Test::HasFailure() ? "it failed" : "it ended well"); \
-        std::_Exit(0);                                                              \
-      },                                                                            \
-      [](int status) { return status == 0 || WTERMSIG(status) == SIGABRT; },        \
-      "it ended well|mixed response\\? \\(ret:.*px != 0")

@@ -1,11 +1,7 @@
 // What a line makes of the sensor's words.
 
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <stdexcept>
-
-#include "tests/faults/cFaultOracle.h"
+#include "tests/faults/cChild.h"
+#include "tests/faults/cFaultRig.h"
 #include "tests/support/cCaseName.h"
 
 namespace {
@@ -21,8 +17,6 @@ struct cRow {
   eLies lies = NONE;   // what sums and lengths of SCIP 2.0 cannot tell
   eLies lies1 = NONE;  // what lengths alone cannot tell
 };
-
-std::ostream& operator<<(std::ostream& out, const cRow& row) { return out << row.name; }
 
 using F = eSimFault;
 // Each would catch: a scan that is not what was measured, a reader that does not find the next
@@ -66,77 +60,78 @@ const cRow ROWS[] = {
     {"ThirtyReadingsMore", F::WRONG_COUNT, 30},
 };
 
-class cContent : public testing::TestWithParam<cRow> {
- protected:
-  static void expectHonest(const cFaultOracle& oracle, eLies most) {
-    const int scans = oracle.truths + oracle.told + oracle.lies;
-    if (most != MANY) {
-      EXPECT_LE(oracle.lies, most == SOME ? scans / 4 : 0) << scans << " scans";
-    }
+/// Does it; whether it threw, which tells damage.
+bool isTold(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const std::out_of_range&) {
+    return true;
   }
-};
-
-/// Whether one of the first few tries succeeds: an answer that came late spoils the next exchange.
-bool succeedsSoon(const std::function<bool()>& attempt) {
-  for (int count = 0; count < 4; ++count)
-    if (attempt()) return true;
   return false;
 }
 
-TEST_P(cContent, OfScip2IsBorne) {
-  cSimSensor sensor(paced());
-  cFaultOracle oracle(sensor);
-  const tDriver2 driver = openReady(sensor.getPath());
-  startScan(*driver);
-  oracle.expectTrueScan(*driver);
+/// One of the first few tries is 0: an answer that came late spoils the next exchange.
+void expectSoon(const std::function<int()>& attempt) {
+  for (int count = 0; count < 4; ++count)
+    if (attempt() == 0) return;
+  ADD_FAILURE() << "it does not recover";
+}
 
-  const bool isOfAnswers = GetParam().fault == F::LATE || GetParam().fault == F::NO_ANSWER;
-  sensor.setFault(GetParam().fault, GetParam().value, isOfAnswers ? "answer" : "scan");
-  const std::uint64_t before = sensor.getCounters().records;
-  const auto hasSent20 = [&] { return sensor.getCounters().records >= before + 20; };
-  oracle.during("taking scans", 2000, [&] { oracle.follow(*driver, hasSent20); });
-  sensor.setFault(GetParam().fault, GetParam().value, "answer");
-  oracle.during("a command", READ + ANSWER, [&] {
-    try {
-      driver->fetchVersionStr();
-    } catch (const std::out_of_range&) {
-    }
-  });
-  expectHonest(oracle, GetParam().lies);
-
-  sensor.clearFaults();
-  oracle.expectTrueScan(*driver);
-  EXPECT_TRUE(succeedsSoon([&] { return driver->fetchVersionStr() == 0; }));
-  EXPECT_TRUE(stopLeftScan(*driver));
+/// Every record of a scan is harmed, and then each answer.
+void harm(const cRow& row, cFaultRig& rig) {
+  rig.scan();
+  const bool isOfAnswers = row.fault == F::LATE || row.fault == F::NO_ANSWER;
+  rig.sensor.setFault(row.fault, row.value, isOfAnswers ? "answer" : "scan");
+  const std::uint64_t before = rig.sensor.getCounters().records;
+  const auto hasSent20 = [&] { return rig.sensor.getCounters().records >= before + 20; };
+  rig.oracle.during("taking scans", 2000, [&] { rig.oracle.follow(rig.face, hasSent20); });
+  rig.sensor.setFault(row.fault, row.value, "answer");
+  rig.oracle.during("a command", READ + ANSWER,
+                    [&] { isTold([&] { rig.face.fetchVersionStr(); }); });
+  rig.sensor.clearFaults();
 }
 
 /// SCIP 1.x asks for each scan, and only lengths tell what became of it.
-void askScip1(const cRow& row, const std::function<void(const cFaultOracle&)>& expectHonest) {
-  cSimSensor sensor(paced(eSimDialect::SCIP1));
-  cFaultOracle oracle(sensor);
-  const tDriver1 driver = openDriver1(sensor.getPath());
-  iSCIP2IF& list = *driver->getSCIP2IF();
-  for (int scan = 0; scan < 3; ++scan) {
-    sensor.setFault(row.fault, row.value, "", 1);
-    oracle.during("a scan", 2 * READ, [&] { driver->doScan(FIRST, LAST, 1); });
-    sensor.clearFaults();
-    while (const tScan taken = list.getScanNum() > 0 ? list.getScanFirst() : tScan())
-      oracle.judge(distancesOf(taken), row.lies1 == MANY ? 0 : 2000);
+void harmScip1(const cRow& row, cFaultRig& rig) {
+  for (std::uint64_t scan = 1; scan <= 3; ++scan) {
+    rig.sensor.setFault(row.fault, row.value, "", 1);
+    rig.oracle.during("a scan", 2 * READ,
+                      [&] { rig.driver->getSCIP1IF()->doScan(FIRST, LAST, 1); });
+    rig.sensor.clearFaults();
+    rig.oracle.take(rig.face, row.lies1 == MANY ? 0 : LONG);
     if (row.fault == F::LATE) {
-      EXPECT_TRUE(sensor.waitForSentScans(static_cast<std::uint64_t>(scan) + 1, LONG_TIME));
+      EXPECT_TRUE(rig.sensor.waitForSentScans(scan, LONG_TIME));
     }
   }
-  expectHonest(oracle);
-  EXPECT_TRUE(succeedsSoon([&] { return driver->doVersion() == 0; }));
-  EXPECT_TRUE(succeedsSoon([&] { return driver->doScan(FIRST, LAST, 1) == 0; }));
 }
 
-TEST_P(cContent, OfScip1IsBorne) {
-  EXPECT_CLEAN_OR_DELIBERATE(askScip1(
-      GetParam(), [](const cFaultOracle& oracle) { expectHonest(oracle, GetParam().lies1); }));
+void expectBorne(const cRow& row, eSimDialect dialect) {
+  const bool isScip1 = dialect == eSimDialect::SCIP1;
+  cFaultRig rig(paced(dialect));
+  (isScip1 ? harmScip1 : harm)(row, rig);
+  const eLies most = isScip1 ? row.lies1 : row.lies;
+  if (most != MANY) {
+    EXPECT_LE(rig.oracle.lies, most == SOME ? rig.oracle.count() / 4 : 0) << rig.oracle.count();
+  }
+  if (!isScip1) rig.oracle.expectTrueScan(rig.face);
+  expectSoon([&] { return rig.face.fetchVersionStr(); });
+  if (isScip1) {
+    expectSoon([&] { return rig.driver->getSCIP1IF()->doScan(FIRST, LAST, 1); });
+  } else {
+    EXPECT_TRUE(stopLeftScan(rig.face));
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, cContent, testing::ValuesIn(ROWS), cCaseName());
+class cContent : public testing::TestWithParam<std::tuple<cRow, eSimDialect>> {};
+
+TEST_P(cContent, IsBorne) {
+  runTest(std::get<1>(GetParam()), [] { std::apply(expectBorne, GetParam()); });
+}
+
+INSTANTIATE_TEST_SUITE_P(Records, cContent,
+                         testing::Combine(testing::ValuesIn(ROWS),
+                                          testing::Values(eSimDialect::SCIP2, eSimDialect::SCIP1)),
+                         cRowName());
 
 // --- each bit of one record --------------------------------------------------------------
 
@@ -144,8 +139,6 @@ struct cKind {
   const char* name;
   bool (*ask)(cSensorDriverSCIP2&);  // true: something came that was taken for good
 };
-
-std::ostream& operator<<(std::ostream& out, const cKind& kind) { return out << kind.name; }
 
 bool getStored(cSensorDriverSCIP2& driver, int most) {
   return driver.getStoredScan(FIRST, LAST, 1, most) == 0;
@@ -170,19 +163,12 @@ std::string describe(cSensorDriverSCIP2& driver) {
          std::to_string(driver.getNumSpot()) + "," + std::to_string(driver.getScanSpeed());
 }
 
-/// A sensor at full speed.
-cSimSetting unpaced(eSimDialect dialect) {
-  cSimSetting setting = paced(dialect);
-  setting.paced = false;
-  return setting;
-}
-
 class cFlippedBit : public testing::TestWithParam<cKind> {};
 
 TEST_P(cFlippedBit, OfAnAnswerIsToldUnlessTheSumCannot) {
   const cKind& kind = GetParam();
   std::unique_ptr<cSimSensor> sensor;
-  cSimSetting setting = unpaced(eSimDialect::SCIP2);
+  cSimSetting setting = paced(eSimDialect::SCIP2, 0);
   // An answer that nobody knows any more costs no time-out: it is followed by another.
   setting.onCommand = [&](const std::string& line) { sensor->say("\n\n" + line + "\n99b\n\n"); };
   sensor = std::make_unique<cSimSensor>(setting);
@@ -197,12 +183,10 @@ TEST_P(cFlippedBit, OfAnAnswerIsToldUnlessTheSumCannot) {
     sensor->setFault(eSimFault::FLIPPED_BIT, bit, kind.name, 1);
     const int lies = oracle.lies;
     const bool isSeen = bit % 8 < 6;  // the sums have six bits: they do not see the two above
-    try {
+    isTold([&] {
       kind.ask(*driver);
-      while (driver->getScanNum() > 0)
-        oracle.judge(distancesOf(driver->getScanFirst()), isSeen ? 2000 : 0);
-    } catch (const std::out_of_range&) {
-    }
+      oracle.take(*driver, isSeen ? LONG : 0);
+    });
     const bool isSame = describe(*driver) == clean;
     ASSERT_TRUE((isSame && oracle.lies == lies) || !isSeen) << "bit " << bit;
     if (!isSame) {
@@ -213,16 +197,22 @@ TEST_P(cFlippedBit, OfAnAnswerIsToldUnlessTheSumCannot) {
 
 INSTANTIATE_TEST_SUITE_P(Answers, cFlippedBit, testing::ValuesIn(ANSWERS), cCaseName());
 
+/// Says it, and waits until it is said: only so much may wait to leave.
+void say(cSimSensor& sensor, const std::string& text) {
+  const std::uint64_t written = sensor.getCounters().bytesWritten;
+  sensor.say(text);
+  ASSERT_TRUE(sensor.waitFor(&cSimCounters::bytesWritten, written + text.size(), LONG_TIME));
+}
+
 /// Takes what scans there are; how many of them are what `real` says, or what the sensor sent.
-int countTrue(cSensorDriverSCIP2& driver, cFaultOracle& oracle, const std::vector<int>& real) {
+int countTrue(cFaultRig& rig, const std::vector<int>& real) {
   int count = 0;
-  try {
-    while (driver.getScanNum() > 0) {
-      const std::vector<int> distances = distancesOf(driver.getScanFirst());
-      count += distances == real || oracle.judge(distances) ? 1 : 0;
+  isTold([&] {
+    while (rig.face.getScanNum() > 0) {
+      const std::vector<int> distances = distancesOf(rig.face.getScanFirst());
+      if (distances == real || rig.oracle.judge(distances)) ++count;
     }
-  } catch (const std::out_of_range&) {
-  }
+  });
   return count;
 }
 
@@ -230,73 +220,67 @@ int countTrue(cSensorDriverSCIP2& driver, cFaultOracle& oracle, const std::vecto
 // and the next.
 TEST(cFlippedBit, OfAScanIsToldUnlessTheSumCannot) {
   for (const int most : {FAR, NEAR}) {
-    cSimSensor sensor(paced());
-    cFaultOracle oracle(sensor);
-    const tDriver2 driver = openReady(sensor.getPath());
-    ASSERT_EQ(driver->startScan(FIRST, LAST, 1, 0, 1, most), 0);
-    const std::vector<int> real = distancesOf(takeScan(*driver));
-    const std::string body = driver->getResponseBody();
-    ASSERT_EQ(driver->startScan(FIRST, LAST, 1, 0, 0, most), 0);
-    const std::string record = sensor.getCommands().back() + "\n99b\n" + body + "\n";
+    cFaultRig rig(paced());
+    ASSERT_EQ(startScan(rig.face, 1, most), 0);
+    const std::vector<int> real = distancesOf(takeScan(rig.face));
+    const std::string body = rig.driver->getResponseBody();
+    ASSERT_EQ(startScan(rig.face, 0, most), 0);
+    const std::string record = rig.sensor.getCommands().back() + "\n99b\n" + body + "\n";
     int count = 0;
     int truths = 0;
     for (std::size_t bit = 0; bit < 8 * record.size(); ++bit) {
       if (bit % 8 >= 6) continue;  // the sums have six bits
       std::string flipped = record;
       flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ (1 << (bit % 8)));
-      sensor.say(flipped + record);
+      say(rig.sensor, flipped + record);
       ++count;
-      truths += countTrue(*driver, oracle, real);
+      truths += countTrue(rig, real);
     }
-    sensor.say("\n\n");
-    EXPECT_TRUE(stopLeftScan(*driver));
-    truths += countTrue(*driver, oracle, real);
+    rig.sensor.say("\n\n");
+    EXPECT_TRUE(stopLeftScan(rig.face));
+    truths += countTrue(rig, real);
     EXPECT_GE(truths, count - 30) << "of " << count;
-    EXPECT_EQ(oracle.lies, 0);
+    EXPECT_EQ(rig.oracle.lies, 0);
   }
 }
 
 // Would catch: a crash on a bit of SCIP 1.x, or a scan of another length. Nothing tells the rest.
-TEST(cFlippedBitOfScip1, EndsNoProcess) {
+TEST(cFlippedBit, OfScip1EndsNoProcess) {
   std::unique_ptr<cSimSensor> sensor;
-  cSimSetting setting = unpaced(eSimDialect::SCIP1);
+  cSimSetting setting = paced(eSimDialect::SCIP1, 0);
   setting.onCommand = [&](const std::string&) { sensor->say("\n\n"); };  // ends any record
   sensor = std::make_unique<cSimSensor>(setting);
-  const tDriver1 driver = openDriver1(sensor->getPath());
+  const tDriver driver = openAny(*sensor);
+  iSCIP1IF& face = *driver->getSCIP1IF();
   iSCIP2IF& list = *driver->getSCIP2IF();
   for (int bit = 0; bit < 8 * 220; ++bit) {
     sensor->setFault(eSimFault::FLIPPED_BIT, bit, "", 2);
-    driver->doVersion();
-    driver->doScan(FIRST, LAST, 1);
+    face.doVersion();
+    face.doScan(FIRST, LAST, 1);
     while (list.getScanNum() > 0) ASSERT_EQ(list.getScanFirst()->points.size(), POINTS);
   }
   sensor->clearFaults();
-  EXPECT_TRUE(succeedsSoon([&] { return driver->doVersion() == 0; }));
+  expectSoon([&] { return face.doVersion(); });
 }
 
 // --- no end ------------------------------------------------------------------------------
 
 // Would catch: memory that grows with what a line that babbles says.
-TEST(cContent, WithoutAnEndCostsNoMemory) {
+TEST(cEndless, CostsNoMemory) {
   const std::string line(1 << 16, 'o');
   std::string body = line;
   for (std::size_t i = 63; i < body.size(); i += 64) body[i] = '\n';
-  cSimSensor sensor(paced());
-  cFaultOracle oracle(sensor);
-  const tDriver2 driver = openReady(sensor.getPath());
-  startScan(*driver);
-  oracle.expectTrueScan(*driver);
+  cFaultRig rig(paced());
+  rig.scan();
   const std::size_t before = countAllocated();
   for (int piece = 0; piece < 144; ++piece) {  // a line of 8 MB and a body of 1 MB
-    const std::uint64_t written = sensor.getCounters().bytesWritten;
-    sensor.say(piece < 128 ? line : body);
-    ASSERT_TRUE(sensor.waitFor(&cSimCounters::bytesWritten, written + line.size(), LONG_TIME));
+    say(rig.sensor, piece < 128 ? line : body);
     EXPECT_LE(countAllocated(), before + (1 << 20));
-    while (driver->getScanNum() > 0) oracle.judge(distancesOf(driver->getScanFirst()));
+    rig.oracle.take(rig.face);
   }
-  sensor.say("\n\n");
-  oracle.expectTrueScan(*driver);
-  EXPECT_EQ(oracle.lies, 0);
+  rig.sensor.say("\n\n");
+  rig.oracle.expectTrueScan(rig.face);
+  EXPECT_EQ(rig.oracle.lies, 0);
 }
 
 }  // namespace

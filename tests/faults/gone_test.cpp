@@ -1,173 +1,114 @@
 // The cable is pulled, at whatever the library is at; and the device comes back.
 
-#include <gtest/gtest.h>
-
-#include "tests/faults/cFaultOracle.h"
+#include "tests/faults/cChild.h"
+#include "tests/faults/cFaultRig.h"
 #include "tests/support/cCaseName.h"
 #include "tests/tools/cTempFolder.h"
 
 namespace {
 
+constexpr int NONE = -1, ENDLESS = 0, COUNTED = 1000000;
+
 struct cRow {
   const char* name;
-  std::function<void(cSimSensor&, iSCIP2IF&, cFaultOracle&)> pull;
+  eSimDialect dialect;
+  int scans;  // of the scan under way
+  void (*pull)(cFaultRig& rig);
 };
 
-std::ostream& operator<<(std::ostream& out, const cRow& row) { return out << row.name; }
+void pull(cFaultRig& rig) { rig.sensor.unplug(); }
 
-/// Pulls the cable when the command has been heard, whose answer never comes.
-void pullDuring(cSimSensor& sensor, const char* command, const std::function<void()>& call) {
-  sensor.setFault(eSimFault::NO_ANSWER);
+/// When a command has been heard, whose answer never comes.
+void pullDuringCommand(cFaultRig& rig) {
+  rig.sensor.setFault(eSimFault::NO_ANSWER);
   std::thread puller([&] {
-    EXPECT_TRUE(sensor.waitForCommand(command, LONG_TIME));
-    sensor.unplug();
+    EXPECT_TRUE(rig.sensor.waitForCommand("V", LONG_TIME));
+    rig.sensor.unplug();
   });
-  call();
+  rig.oracle.during("the waiting command", READ + ANSWER,
+                    [&] { EXPECT_EQ(rig.face.fetchVersionStr(), -1); });
   puller.join();
 }
 
-/// Pulls it after the first half of a record that begins so.
-void pullInMidLine(cSimSensor& sensor, const char* record) {
-  sensor.setFault(eSimFault::CUT_SHORT, 101, record);
-  const std::uint64_t before = sensor.getCounters().records;
-  EXPECT_TRUE(sensor.waitFor(&cSimCounters::records, before + 2, LONG_TIME));
-  sensor.unplug();
+/// After the first half of a record.
+void pullInMidLine(cFaultRig& rig) {
+  rig.sensor.setFault(eSimFault::CUT_SHORT, 101);
+  const std::uint64_t before = rig.sensor.getCounters().records;
+  EXPECT_TRUE(rig.sensor.waitFor(&cSimCounters::records, before + 2, LONG_TIME));
+  rig.sensor.unplug();
 }
 
-// --- SCIP 2.0 ----------------------------------------------------------------------------
-
-void scanTruly(iSCIP2IF& driver, cFaultOracle& oracle, int count = 0) {
-  startScan(driver, count);
-  oracle.expectTrueScan(driver);
+void pullAndEnd(cFaultRig& rig) {
+  rig.sensor.unplug();
+  EXPECT_TRUE(eventually([&] { return !rig.face.isScanning(); }));
 }
 
-const cRow SCIP2_ROWS[] = {
+const cRow ROWS[] = {
     // Would catch: a command on a dead port that waits for ever, a worker that spins meanwhile.
-    {"Idle", [](cSimSensor& sensor, iSCIP2IF&, cFaultOracle&) { sensor.unplug(); }},
+    {"Idle", eSimDialect::SCIP2, NONE, pull},
+    {"IdleScip1", eSimDialect::SCIP1, NONE, pull},
     // Would catch: a wait that the end of the port ends too early, or not at all.
-    {"CommandWaiting",
-     [](cSimSensor& sensor, iSCIP2IF& driver, cFaultOracle& oracle) {
-       pullDuring(sensor, "II", [&] {
-         oracle.during("the waiting command", READ + ANSWER,
-                       [&] { EXPECT_EQ(driver.updateStatus(), -1); });
-       });
-     }},
-    // Would catch: half a record that becomes a scan.
-    {"MidLine",
-     [](cSimSensor& sensor, iSCIP2IF& driver, cFaultOracle& oracle) {
-       scanTruly(driver, oracle);
-       pullInMidLine(sensor, "MD");
-     }},
+    {"CommandWaiting", eSimDialect::SCIP2, NONE, pullDuringCommand},
+    {"CommandWaitingScip1", eSimDialect::SCIP1, NONE, pullDuringCommand},
+    // Would catch: half a record that becomes a scan, or that SCIP 1.x waits on.
+    {"MidLine", eSimDialect::SCIP2, ENDLESS, pullInMidLine},
+    {"MidLineScip1", eSimDialect::SCIP1, COUNTED, pullInMidLine},
     // Would catch: a worker that spins where records are still expected.
-    {"ContinuousScan",
-     [](cSimSensor& sensor, iSCIP2IF& driver, cFaultOracle& oracle) {
-       scanTruly(driver, oracle);
-       sensor.unplug();
-     }},
-};
-
-class cGone2 : public testing::TestWithParam<cRow> {};
-
-TEST_P(cGone2, IsBorne) {
-  cSimSensor sensor(paced());
-  cFaultOracle oracle(sensor);
-  tDriver2 driver = openReady(sensor.getPath());
-  GetParam().pull(sensor, *driver, oracle);
-  const auto scans = driver->isScanning();
-  if (scans) {
-    while (driver->getScanNum() > 0) oracle.judge(distancesOf(driver->getScanFirst()));
-    oracle.during("a wait for scans", 1000, [&] { EXPECT_FALSE(driver->waitScan(1000)); });
-  }
-  oracle.during("a command", ANSWER, [&] { EXPECT_EQ(driver->fetchVersionStr(), -1); });
-  oracle.during("the end", READ, [&] { driver.reset(); });
-  EXPECT_EQ(oracle.lies, 0);
-}
-
-INSTANTIATE_TEST_SUITE_P(Scip2, cGone2, testing::ValuesIn(SCIP2_ROWS), cCaseName());
-
-// --- SCIP 1.x ----------------------------------------------------------------------------
-
-void awaitIdle(iSCIP2IF& adapter) {
-  EXPECT_TRUE(eventually([&] { return !adapter.isScanning(); }));
-}
-
-const cRow SCIP1_ROWS[] = {
-    {"Idle", [](cSimSensor& sensor, iSCIP2IF&, cFaultOracle&) { sensor.unplug(); }},
-    {"CommandWaiting",
-     [](cSimSensor& sensor, iSCIP2IF& adapter, cFaultOracle& oracle) {
-       pullDuring(sensor, "V", [&] {
-         oracle.during("the waiting command", READ,
-                       [&] { EXPECT_EQ(adapter.fetchVersionStr(), -1); });
-       });
-     }},
-    // Would catch: an adapter that hangs in half an answer. That it may be decoded is known.
-    {"MidLine",
-     [](cSimSensor& sensor, iSCIP2IF& adapter, cFaultOracle& oracle) {
-       scanTruly(adapter, oracle, 1000000);
-       pullInMidLine(sensor, "G");
-     }},
+    {"ContinuousScan", eSimDialect::SCIP2, ENDLESS, pull},
     // Would catch: an adapter that goes on asking a dead port without a pause between.
-    {"PeriodZero",
-     [](cSimSensor& sensor, iSCIP2IF& adapter, cFaultOracle& oracle) {
-       scanTruly(adapter, oracle);
-       sensor.unplug();
-       awaitIdle(adapter);
-     }},
-    {"PeriodZeroCounted",
-     [](cSimSensor& sensor, iSCIP2IF& adapter, cFaultOracle& oracle) {
-       scanTruly(adapter, oracle, 1000000);
-       sensor.unplug();
-       while (adapter.getScanNum() > 0) oracle.judge(distancesOf(adapter.getScanFirst()));
-     }},
+    {"PeriodZero", eSimDialect::SCIP1, ENDLESS, pullAndEnd},
+    {"PeriodZeroCounted", eSimDialect::SCIP1, COUNTED, pull},
 };
 
-void pullScip1(const cRow& row) {
-  cSimSensor sensor(paced(eSimDialect::SCIP1));
-  cFaultOracle oracle(sensor);
-  tDriver1 driver = openDriver1(sensor.getPath());
-  iSCIP2IF& adapter = *driver->getSCIP2IF();
-  row.pull(sensor, adapter, oracle);
-  oracle.during("a while", 1100, [&] {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
-    while (std::chrono::steady_clock::now() < end) adapter.waitScan(100);
-  });
-  adapter.stopAll();
-  oracle.during("a command", READ, [&] { EXPECT_EQ(adapter.fetchVersionStr(), -1); });
-  oracle.during("the end", READ, [&] { driver.reset(); });
-  EXPECT_EQ(oracle.lies, 0);
+void expectBorne(const cRow& row) {
+  cFaultRig rig(paced(row.dialect));
+  if (row.scans != NONE) rig.scan(row.scans);
+  row.pull(rig);
+  const bool isScip1 = row.dialect == eSimDialect::SCIP1;
+  if (isScip1 || rig.face.isScanning()) {
+    rig.oracle.during("a while", 1100, [&] {
+      const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+      while (std::chrono::steady_clock::now() < end) {
+        rig.oracle.take(rig.face);
+        rig.face.waitScan(100);
+      }
+    });
+  }
+  if (isScip1) rig.face.stopAll();
+  rig.oracle.during("a command", isScip1 ? READ : ANSWER,
+                    [&] { EXPECT_EQ(rig.face.fetchVersionStr(), -1); });
+  rig.oracle.during("the end", READ, [&] { rig.driver.reset(); });
+  EXPECT_EQ(rig.oracle.lies, 0);
 }
 
-class cGone1 : public testing::TestWithParam<cRow> {};
+class cGone : public testing::TestWithParam<cRow> {};
 
-TEST_P(cGone1, IsBorne) { EXPECT_CLEAN_OR_DELIBERATE(pullScip1(GetParam())); }
+TEST_P(cGone, IsBorne) {
+  runTest(GetParam().dialect, [] { expectBorne(GetParam()); });
+}
 
-INSTANTIATE_TEST_SUITE_P(Scip1, cGone1, testing::ValuesIn(SCIP1_ROWS), cCaseName());
+INSTANTIATE_TEST_SUITE_P(Rows, cGone, testing::ValuesIn(ROWS), cCaseName());
 
-// --- again and again ---------------------------------------------------------------------
-
-/// One life of a driver, with a true scan in it and the cable pulled under it; half an answer of
-/// SCIP 1.x would end the process, and is another test's.
-template <class tOpen>
-void liveOnce(cSimSensor& sensor, cFaultOracle& oracle, tOpen open) {
-  const auto driver = open(sensor.getPath());
+/// One life of a driver, with a true scan in it and the cable pulled under it.
+void liveOnce(cSimSensor& sensor, cFaultOracle& oracle, const tDriver& driver) {
   iSCIP2IF& face = *driver->getSCIP2IF();
-  scanTruly(face, oracle, 1);
-  if (sensor.getSetting().dialect == eSimDialect::SCIP1) awaitIdle(face);
+  startScan(face, 1);
+  oracle.expectTrueScan(face);
+  // Half an answer of SCIP 1.x would end the process, and is another test's.
+  if (sensor.getSetting().dialect == eSimDialect::SCIP1) {
+    EXPECT_TRUE(eventually([&] { return !face.isScanning(); }));
+  }
   sensor.unplug();
 }
 
 // Would catch: a descriptor, a thread or memory that each life leaves behind.
-TEST(cGone, HundredLives) {
+TEST(cGoneAgain, HundredLives) {
   for (const eSimDialect dialect : {eSimDialect::SCIP2, eSimDialect::SCIP1}) {
     cSimSensor sensor(paced(dialect, 500));
     cFaultOracle oracle(sensor);
     for (int life = 0; life < 100; ++life) {
       sensor.plug();
-      if (dialect == eSimDialect::SCIP2) {
-        liveOnce(sensor, oracle, openReady);
-      } else {
-        liveOnce(sensor, oracle, openDriver1);
-      }
+      liveOnce(sensor, oracle, openAny(sensor));
     }
     EXPECT_GE(oracle.truths, 100);
     EXPECT_EQ(oracle.lies, 0);
@@ -176,7 +117,7 @@ TEST(cGone, HundredLives) {
 
 // Would catch: a driver gone whose port keeps the device's name taken, a next one that finds what
 // the last one left.
-TEST(cGone, ComesBack) {
+TEST(cGoneAgain, ComesBack) {
   const cTempFolder folder;
   cSimSetting setting = paced();
   setting.link = folder / "sensor";
@@ -184,7 +125,7 @@ TEST(cGone, ComesBack) {
   cFaultOracle oracle(sensor);
   const std::string path = sensor.getPath();
   for (const std::string& name : {path, path, setting.link, setting.link}) {
-    liveOnce(sensor, oracle, [&](const std::string&) { return openReady(name); });
+    liveOnce(sensor, oracle, openReady(name));
     // Another program may have taken the terminal's name meanwhile.
     EXPECT_TRUE(eventually([&] {
       sensor.unplug();

@@ -1,14 +1,9 @@
 // What a path may be instead of a sensor's, and how the port's former user may have left it.
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-
-#include "tests/faults/cFaultOracle.h"
+#include "tests/faults/cFaultRig.h"
 #include "tests/support/cCaseName.h"
 #include "tests/tools/cTempFolder.h"
 
@@ -18,60 +13,46 @@ namespace {
 
 struct cPath {
   const char* name;
-  std::function<std::string(const cTempFolder&)> make;
+  const char* path;  // in a folder; or absolute
   const char* message;
+  int mode = 0;  // of the file there; 0: none
 };
-
-std::ostream& operator<<(std::ostream& out, const cPath& row) { return out << row.name; }
-
-std::string makeFile(const cTempFolder& folder) {
-  std::ofstream(folder / "file") << "kept";
-  return folder / "file";
-}
-
-/// A file that nobody may open; root may all the same, so the rest runs as somebody else.
-std::string makeForbidden(const cTempFolder& folder) {
-  const std::string path = makeFile(folder);
-  chmod(path.c_str(), 0);
-  if (geteuid() == 0) {
-    EXPECT_EQ(seteuid(65534), 0);
-  }
-  return path;
-}
 
 const cPath PATHS[] = {
     // Would catch: a search through all speeds, a minute long, on what is no terminal.
-    {"Missing", [](const cTempFolder& folder) { return folder / "none"; }, "No such file"},
-    {"Forbidden", makeForbidden, "Permission denied"},
-    {"Folder", [](const cTempFolder& folder) { return folder / ""; }, "Is a directory"},
-    {"Null", [](const cTempFolder&) { return std::string("/dev/null"); }, "ioctl"},
+    {"Missing", "none", "No such file"},
+    {"Forbidden", "file", "Permission denied", S_IXOTH},
+    {"Folder", "", "Is a directory"},
+    {"Null", "/dev/null", "ioctl"},
+    {"DanglingLink", "link", "No such file"},
     // Would catch: commands written into somebody's file.
-    {"File", makeFile, "ioctl"},
-    {"DanglingLink",
-     [](const cTempFolder& folder) {
-       std::filesystem::create_symlink(folder / "none", folder / "link");
-       return folder / "link";
-     },
-     "No such file"},
+    {"File", "file", "ioctl", S_IRWXU},
 };
 
 class cNoSensor : public testing::TestWithParam<cPath> {};
 
 TEST_P(cNoSensor, IsToldAtOnce) {
+  const cPath& row = GetParam();
   const cTempFolder folder;
+  const std::string path = row.path[0] == '/' ? row.path : folder / row.path;
+  std::filesystem::create_symlink(folder / "none", folder / "link");
+  if (row.mode != 0) std::ofstream(path) << "kept";
+  if (row.mode != 0) chmod(path.c_str(), static_cast<mode_t>(row.mode));
   const cSimSensor sensor{cSimSetting()};
   cFaultOracle oracle(sensor);
-  const std::string path = GetParam().make(folder);
+  const uid_t self = geteuid();
+  // Root may open all, so somebody else asks.
+  if (self == 0 && row.mode == S_IXOTH) {
+    ASSERT_EQ(seteuid(65534), 0);
+  }
   const cOutput output = outputOf([&] {
     oracle.during("create", 0, [&] { EXPECT_FALSE(cSensorDriverManager::create(path)); });
   });
-  if (getuid() == 0) {
-    EXPECT_EQ(seteuid(0), 0);
-  }
-  EXPECT_NE(output.err.find(GetParam().message), std::string::npos) << output.err;
+  ASSERT_EQ(seteuid(self), 0);
+  EXPECT_NE(output.err.find(row.message), std::string::npos) << output.err;
   EXPECT_NE(output.out.find("[" + path + "]"), std::string::npos) << output.out;
-  if (std::filesystem::is_regular_file(path)) {
-    chmod(path.c_str(), 0600);
+  if (row.mode != 0) {
+    chmod(path.c_str(), S_IRWXU);
     EXPECT_EQ(readFile(path), "kept");
   }
 }
@@ -82,11 +63,9 @@ INSTANTIATE_TEST_SUITE_P(Paths, cNoSensor, testing::ValuesIn(PATHS), cCaseName()
 
 struct cLeft {
   const char* name;
-  eSimDialect dialect;
   void (*leave)(cSimSensor& sensor, termios& modes);
+  bool isScanning = false;
 };
-
-std::ostream& operator<<(std::ostream& out, const cLeft& row) { return out << row.name; }
 
 /// As a terminal is for its users: lines, echo, signals, CR for LF.
 void cook(cSimSensor&, termios& modes) {
@@ -108,44 +87,39 @@ void leaveBytes(cSimSensor& sensor, termios&) {
   EXPECT_TRUE(sensor.waitFor(&cSimCounters::records, 1, LONG_TIME));
 }
 
-void leaveNothing(cSimSensor&, termios&) {}
-
 const cLeft LEFT[] = {
     // Would catch: commands that come back as answers, lines that wait for an end they never get.
-    {"Cooked", eSimDialect::SCIP2, cook},
-    {"CookedScip1", eSimDialect::SCIP1, cook},
-    {"FlowControl", eSimDialect::SCIP2, leaveFlowControl},
-    {"FlowControlScip1", eSimDialect::SCIP1, leaveFlowControl},
-    {"SevenBits", eSimDialect::SCIP2, leaveSevenBits},
-    {"SevenBitsScip1", eSimDialect::SCIP1, leaveSevenBits},
+    {"Cooked", cook},
+    {"FlowControl", leaveFlowControl},
+    {"SevenBits", leaveSevenBits},
     // Would catch: old bytes in front of the first answer.
-    {"StaleBytes", eSimDialect::SCIP2, leaveBytes},
-    {"StaleBytesScip1", eSimDialect::SCIP1, leaveBytes},
-    // Would catch: another program's scans taken for answers, or for one's own.
-    {"StaleStream", eSimDialect::SCIP2, leaveNothing},
+    {"StaleBytes", leaveBytes},
 };
+// Would catch: another program's scans taken for answers, or for one's own.
+const cLeft STREAM = {"StaleStream", [](cSimSensor&, termios&) {}, true};
 
-class cUsedPort : public testing::TestWithParam<cLeft> {};
+class cUsedPort : public testing::TestWithParam<std::tuple<cLeft, eSimDialect>> {};
 
 TEST_P(cUsedPort, IsTakenOver) {
-  cSimSetting setting = paced(GetParam().dialect);
-  setting.scanningAtStart = GetParam().leave == leaveNothing;
+  const auto& [row, dialect] = GetParam();
+  cSimSetting setting = paced(dialect);
+  setting.scanningAtStart = row.isScanning;
   cSimSensor sensor(setting);
   const int port = open(sensor.getPath().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
   termios modes = {};
   ASSERT_EQ(tcgetattr(port, &modes), 0);
-  GetParam().leave(sensor, modes);
+  row.leave(sensor, modes);
   ASSERT_EQ(tcsetattr(port, TCSANOW, &modes), 0);
   close(port);
 
   cFaultOracle oracle(sensor);
   tDriver driver;
   // Before SCIP 1.x is asked for, "VV" and "TM2" must have failed.
-  const int most = GetParam().dialect == eSimDialect::SCIP1 ? 3 * READ + 2 * ANSWER : ANSWER;
+  const int most = dialect == eSimDialect::SCIP1 ? 3 * READ + 2 * ANSWER : ANSWER;
   oracle.during("create", most, [&] { driver = cSensorDriverManager::create(sensor.getPath()); });
   ASSERT_TRUE(driver);
   iSCIP2IF& face = *driver->getSCIP2IF();
-  if (setting.scanningAtStart) {
+  if (row.isScanning) {
     EXPECT_TRUE(stopLeftScan(face));
   }
   startScan(face);
@@ -154,6 +128,13 @@ TEST_P(cUsedPort, IsTakenOver) {
   face.stopAll();
 }
 
-INSTANTIATE_TEST_SUITE_P(Modes, cUsedPort, testing::ValuesIn(LEFT), cCaseName());
+INSTANTIATE_TEST_SUITE_P(Modes, cUsedPort,
+                         testing::Combine(testing::ValuesIn(LEFT),
+                                          testing::Values(eSimDialect::SCIP2, eSimDialect::SCIP1)),
+                         cRowName());
+INSTANTIATE_TEST_SUITE_P(Stream, cUsedPort,
+                         testing::Combine(testing::Values(STREAM),
+                                          testing::Values(eSimDialect::SCIP2)),
+                         cRowName());
 
 }  // namespace

@@ -10,31 +10,22 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdarg>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
+
+#include "tests/faults/cFaultOracle.h"
 
 #define SEEN_BY_THE_LIBRARY extern "C" __attribute__((visibility("default")))
 
 namespace {
 
-constexpr int MOST_OTHERS = 16;
-int others[MOST_OTHERS];  // threads whose calls never fail
+std::set<int> others;  // threads whose calls never fail
 std::atomic<const char*> failing{nullptr};
 std::atomic<int> left{0};
-std::atomic<long> step{0};
-
-bool isOther() {
-  const int self = gettid();
-  for (const int other : others)
-    if (other == self) return true;
-  return false;
-}
+std::atomic<long> offset{0};
 
 bool fails(const char* call, int error) {
   const char* const name = failing;
-  if (name == nullptr || std::strcmp(name, call) != 0 || isOther()) return false;
+  if (name == nullptr || std::strcmp(name, call) != 0 || others.count(gettid()) > 0) return false;
   if (left.fetch_sub(1) != 1) return false;
   errno = error;
   return true;
@@ -48,11 +39,7 @@ tCall next(const char* name) {
 }  // namespace
 
 void shim::failNth(const char* call, int n) {
-  int* place = others;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
-    const int thread = std::atoi(entry.path().filename().c_str());
-    if (thread != gettid() && place != others + MOST_OTHERS) *place++ = thread;
-  }
+  others = getOtherThreads();
   left = n;
   failing = call;
 }
@@ -62,15 +49,12 @@ bool shim::hasFailed() {
   return left <= 0;
 }
 
-void shim::stepWallClock(long seconds) { step += seconds; }
+void shim::stepWallClock(long seconds) { offset += seconds; }
 
+/// What is made so gets the usual mode, whatever is asked for.
 SEEN_BY_THE_LIBRARY int open(const char* path, int flags, ...) {
   if (fails("open", EMFILE)) return -1;
-  va_list arguments;
-  va_start(arguments, flags);
-  const int mode = (flags & O_CREAT) != 0 ? va_arg(arguments, int) : 0;
-  va_end(arguments);
-  return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+  return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, 0666));
 }
 
 SEEN_BY_THE_LIBRARY int tcgetattr(int fd, termios* attributes) noexcept {
@@ -97,17 +81,17 @@ SEEN_BY_THE_LIBRARY ssize_t write(int fd, const void* bytes, size_t size) {
   return fails("write", EIO) ? -1 : syscall(SYS_write, fd, bytes, size);
 }
 
-SEEN_BY_THE_LIBRARY int gettimeofday(timeval* now, void*) noexcept {
-  timespec real = {};
-  syscall(SYS_clock_gettime, CLOCK_REALTIME, &real);
-  *now = {real.tv_sec + step, real.tv_nsec / 1000};
-  return 0;
-}
-
 SEEN_BY_THE_LIBRARY int clock_gettime(clockid_t clock, timespec* now) noexcept {
   const long result = syscall(SYS_clock_gettime, clock, now);
-  if (clock == CLOCK_REALTIME) now->tv_sec += step;
+  if (clock == CLOCK_REALTIME) now->tv_sec += offset;
   return static_cast<int>(result);
+}
+
+SEEN_BY_THE_LIBRARY int gettimeofday(timeval* now, void*) noexcept {
+  timespec real = {};
+  const int result = clock_gettime(CLOCK_REALTIME, &real);
+  *now = {real.tv_sec, real.tv_nsec / 1000};
+  return result;
 }
 
 // A sanitizer has an allocator of its own.
