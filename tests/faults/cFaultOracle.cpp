@@ -40,10 +40,6 @@ double getCpuSeconds(int thread) {
              : 0;
 }
 
-double millisecondsSince(cClock::time_point begin) {
-  return std::chrono::duration<double, std::milli>(cClock::now() - begin).count();
-}
-
 }  // namespace
 
 std::set<int> getOtherThreads() {
@@ -83,7 +79,7 @@ void cFaultOracle::during(const char* what, int milliseconds, const std::functio
   const double used = getLibrarySeconds();
   const auto begin = cClock::now();
   action();
-  const double took = millisecondsSince(begin);
+  const double took = std::chrono::duration<double, std::milli>(cClock::now() - begin).count();
   const double patience = SLACK + 1e3 * std::max(getStarvedSeconds() - starved, 0.0);
   EXPECT_LE(took, milliseconds + patience) << what << " came back too late";
   EXPECT_LE(getLibrarySeconds() - used, SANITIZED * (BEGINNING + CORE * took / 1e3))
@@ -98,18 +94,16 @@ bool cFaultOracle::judge(const std::vector<int>& distances, int patience) {
   const std::size_t noted = sensor.getCounters().scans;
   for (std::size_t i = next; i <= noted; ++i) {
     if (!sensor.waitForSentScans(i + 1, std::chrono::milliseconds(patience))) break;
-    if (!isTrue(sensor.getSentScans().at(i), distances)) continue;
+    const std::uint32_t scan = sensor.getSentScans().at(i);
+    if (sensor.getTrueDistances(scan, FIRST, LAST, 1) != distances &&
+        sensor.getTrueDistances(scan, FIRST, LAST, 1, NEAR) != distances)
+      continue;
     next = i + 1;
     ++truths;
     return true;
   }
   ++lies;
   return false;
-}
-
-bool cFaultOracle::isTrue(std::uint32_t scan, const std::vector<int>& distances) const {
-  return sensor.getTrueDistances(scan, FIRST, LAST, 1) == distances ||
-         sensor.getTrueDistances(scan, FIRST, LAST, 1, NEAR) == distances;
 }
 
 void cFaultOracle::take(iSCIP2IF& driver, int patience) {

@@ -46,7 +46,6 @@ class cFaultOracle {
 
  private:
   double getLibrarySeconds() const;
-  bool isTrue(std::uint32_t scan, const std::vector<int>& distances) const;
 
   const cSimSensor& sensor;
   const std::set<int> others;  // threads that are not the library's

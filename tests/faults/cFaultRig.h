@@ -3,25 +3,42 @@
 #include "tests/faults/cFaultOracle.h"
 
 /// A sensor of that dialect that measures so often a second; as fast as it is read if 0.
-cSimSetting paced(eSimDialect dialect = eSimDialect::SCIP2, double rate = 50);
-
-/// FIRST to LAST, without end if `count` is 0.
-int startScan(iSCIP2IF& driver, int count = 0, int most = FAR, int interval = 0);
+inline cSimSetting paced(eSimDialect dialect = eSimDialect::SCIP2, double rate = 50) {
+  cSimSetting setting;
+  setting.dialect = dialect;
+  setting.rate = rate;
+  setting.paced = rate > 0;
+  return setting;
+}
 
 /// A running driver for it without a detection.
-tDriver openAny(const cSimSensor& sensor);
+inline tDriver openAny(const cSimSensor& sensor) {
+  if (sensor.getSetting().dialect == eSimDialect::SCIP2) return openReady(sensor.getPath());
+  return tDriver(new cSensorDriverSCIP1(openLink(sensor.getPath())));
+}
+
+/// FIRST to LAST, without end if `count` is 0.
+inline int startScan(iSCIP2IF& driver, int count = 0, int most = FAR, int interval = 0) {
+  return surely(driver, [&] { return driver.startScan(FIRST, LAST, 1, interval, count, most); });
+}
 
 /// A sensor that is watched, and a driver for it.
 struct cFaultRig {
-  explicit cFaultRig(const cSimSetting& setting);
+  explicit cFaultRig(const cSimSetting& setting) : sensor(setting) {}
+
   /// Starts a scan and waits for the first of it.
-  void scan(int count = 0);
+  void scan(int count = 0) {
+    startScan(face, count);
+    oracle.expectTrueScan(face);
+  }
 
   cSimSensor sensor;
   cFaultOracle oracle{sensor};
-  tDriver driver;  // goes first
-  iSCIP2IF& face;
+  tDriver driver = openAny(sensor);  // goes first
+  iSCIP2IF& face = *driver->getSCIP2IF();
 };
+
+const auto DIALECTS = testing::Values(eSimDialect::SCIP2, eSimDialect::SCIP1);
 
 /// Names a case by its row and the dialect.
 struct cRowName {

@@ -128,9 +128,7 @@ TEST_P(cUsedPort, IsTakenOver) {
   face.stopAll();
 }
 
-INSTANTIATE_TEST_SUITE_P(Modes, cUsedPort,
-                         testing::Combine(testing::ValuesIn(LEFT),
-                                          testing::Values(eSimDialect::SCIP2, eSimDialect::SCIP1)),
+INSTANTIATE_TEST_SUITE_P(Modes, cUsedPort, testing::Combine(testing::ValuesIn(LEFT), DIALECTS),
                          cRowName());
 INSTANTIATE_TEST_SUITE_P(Stream, cUsedPort,
                          testing::Combine(testing::Values(STREAM),

@@ -81,21 +81,21 @@ class cFailingCall : public testing::TestWithParam<std::tuple<cCall, eSimDialect
 TEST_P(cFailingCall, IsBorneWhicheverItIs) {
   constexpr int TOGETHER = 40;
   const auto& [call, dialect] = GetParam();
-  bool isOver = false;
-  for (int n = 1; !isOver && !HasFailure(); n += TOGETHER) {
+  int borne = 0;
+  int untouched = 0;
+  for (int n = 1; untouched == 0 && !HasFailure(); n += TOGETHER) {
     std::vector<std::unique_ptr<cChild>> runs;
     for (int i = n; i < n + TOGETHER; ++i)
       runs.push_back(std::make_unique<cChild>(std::bind(run, call.name, dialect, i)));
-    for (const auto& one : runs) isOver = one->expectGoodEnd() == UNTOUCHED || isOver;
+    for (const auto& one : runs) ++(one->expectGoodEnd() == UNTOUCHED ? untouched : borne);
   }
+  EXPECT_GT(borne, 0);
 }
 
 constexpr cCall CALLS[] = {{"open"}, {"tcgetattr"}, {"tcsetattr"}, {"poll"},
                            {"read"}, {"write"},     {"malloc"}};
 
-INSTANTIATE_TEST_SUITE_P(Calls, cFailingCall,
-                         testing::Combine(testing::ValuesIn(CALLS),
-                                          testing::Values(eSimDialect::SCIP2, eSimDialect::SCIP1)),
+INSTANTIATE_TEST_SUITE_P(Calls, cFailingCall, testing::Combine(testing::ValuesIn(CALLS), DIALECTS),
                          cRowName());
 
 }  // namespace

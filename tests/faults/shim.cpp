@@ -14,7 +14,7 @@
 
 #include "tests/faults/cFaultOracle.h"
 
-#define SEEN_BY_THE_LIBRARY extern "C" __attribute__((visibility("default")))
+#define SHIM extern "C" __attribute__((visibility("default")))
 
 namespace {
 
@@ -31,9 +31,11 @@ bool fails(const char* call, int error) {
   return true;
 }
 
-template <class tCall>
-tCall next(const char* name) {
-  return reinterpret_cast<tCall>(dlsym(RTLD_NEXT, name));
+/// Does what the C library's function of that name does, unless it is to fail.
+template <class tResult, class... tArguments>
+tResult pass(const char* name, int error, tArguments... arguments) {
+  if (fails(name, error)) return -1;
+  return reinterpret_cast<tResult (*)(tArguments...)>(dlsym(RTLD_NEXT, name))(arguments...);
 }
 
 }  // namespace
@@ -52,42 +54,34 @@ bool shim::hasFailed() {
 void shim::stepWallClock(long seconds) { offset += seconds; }
 
 /// What is made so gets the usual mode, whatever is asked for.
-SEEN_BY_THE_LIBRARY int open(const char* path, int flags, ...) {
+SHIM int open(const char* path, int flags, ...) {
   if (fails("open", EMFILE)) return -1;
   return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, 0666));
 }
 
-SEEN_BY_THE_LIBRARY int tcgetattr(int fd, termios* attributes) noexcept {
-  static const auto call = next<int (*)(int, termios*)>("tcgetattr");
-  return fails("tcgetattr", EIO) ? -1 : call(fd, attributes);
+SHIM int tcgetattr(int fd, termios* modes) noexcept {
+  return pass<int>("tcgetattr", EIO, fd, modes);
 }
 
-SEEN_BY_THE_LIBRARY int tcsetattr(int fd, int when, const termios* attributes) noexcept {
-  static const auto call = next<int (*)(int, int, const termios*)>("tcsetattr");
-  return fails("tcsetattr", EIO) ? -1 : call(fd, when, attributes);
+SHIM int tcsetattr(int fd, int when, const termios* modes) noexcept {
+  return pass<int>("tcsetattr", EIO, fd, when, modes);
 }
 
-SEEN_BY_THE_LIBRARY int poll(pollfd* fds, nfds_t count, int timeout) {
-  if (fails("poll", ENOMEM)) return -1;
-  const timespec limit = {timeout / 1000, timeout % 1000 * 1000000L};
-  return ppoll(fds, count, timeout < 0 ? nullptr : &limit, nullptr);
+SHIM int poll(pollfd* fds, nfds_t n, int ms) { return pass<int>("poll", ENOMEM, fds, n, ms); }
+
+SHIM ssize_t read(int fd, void* to, size_t n) { return pass<ssize_t>("read", EIO, fd, to, n); }
+
+SHIM ssize_t write(int fd, const void* from, size_t n) {
+  return pass<ssize_t>("write", EIO, fd, from, n);
 }
 
-SEEN_BY_THE_LIBRARY ssize_t read(int fd, void* buffer, size_t size) {
-  return fails("read", EIO) ? -1 : syscall(SYS_read, fd, buffer, size);
-}
-
-SEEN_BY_THE_LIBRARY ssize_t write(int fd, const void* bytes, size_t size) {
-  return fails("write", EIO) ? -1 : syscall(SYS_write, fd, bytes, size);
-}
-
-SEEN_BY_THE_LIBRARY int clock_gettime(clockid_t clock, timespec* now) noexcept {
+SHIM int clock_gettime(clockid_t clock, timespec* now) noexcept {
   const long result = syscall(SYS_clock_gettime, clock, now);
   if (clock == CLOCK_REALTIME) now->tv_sec += offset;
   return static_cast<int>(result);
 }
 
-SEEN_BY_THE_LIBRARY int gettimeofday(timeval* now, void*) noexcept {
+SHIM int gettimeofday(timeval* now, void*) noexcept {
   timespec real = {};
   const int result = clock_gettime(CLOCK_REALTIME, &real);
   *now = {real.tv_sec, real.tv_nsec / 1000};
@@ -98,7 +92,7 @@ SEEN_BY_THE_LIBRARY int gettimeofday(timeval* now, void*) noexcept {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 extern "C" void* __libc_malloc(size_t size);
 
-SEEN_BY_THE_LIBRARY void* malloc(size_t size) noexcept {
+SHIM void* malloc(size_t size) noexcept {
   return fails("malloc", ENOMEM) ? nullptr : __libc_malloc(size);
 }
 #endif

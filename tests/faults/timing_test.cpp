@@ -21,13 +21,6 @@ struct cRow {
   int value;
 };
 
-const cRow ROWS[] = {
-    // Would catch: a reader that takes what one read gives for a line.
-    {"ByteByByte", eSimFault::BYTE_BY_BYTE, 20},
-    // Would catch: a scan lost because its bytes come with the next one's.
-    {"Bursts", eSimFault::BURSTS, 16},
-};
-
 class cPieces : public testing::TestWithParam<cRow> {};
 
 TEST_P(cPieces, MakeWholeScans) {
@@ -39,7 +32,13 @@ TEST_P(cPieces, MakeWholeScans) {
   EXPECT_EQ(rig.face.fetchVersionStr(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, cPieces, testing::ValuesIn(ROWS), cCaseName());
+INSTANTIATE_TEST_SUITE_P(
+    Rows, cPieces,
+    // Would catch: a reader that takes what one read gives for a line.
+    testing::Values(cRow{"ByteByByte", eSimFault::BYTE_BY_BYTE, 20},
+                    // Would catch: a scan lost because its bytes come with the next one's.
+                    cRow{"Bursts", eSimFault::BURSTS, 16}),
+    cCaseName());
 
 // --- both dialects -----------------------------------------------------------------------
 
@@ -118,8 +117,7 @@ TEST_P(cBothDialects, BearAWallClockThatIsSet) {
   EXPECT_EQ(oracle.told + oracle.lies, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Dialects, cBothDialects,
-                         testing::Values(eSimDialect::SCIP2, eSimDialect::SCIP1),
+INSTANTIATE_TEST_SUITE_P(Dialects, cBothDialects, DIALECTS,
                          [](const testing::TestParamInfo<eSimDialect>& dialect) {
                            return dialect.param == eSimDialect::SCIP2 ? "Scip2" : "Scip1";
                          });
@@ -175,25 +173,22 @@ TEST(cStoppedHost, GoesOn) {
   ASSERT_EQ(pipe(scans), 0);
   const cChild host([&] { runHost(setting.link, scans[1]); });
   close(scans[1]);
-  {
-    cSimSensor sensor(setting);
-    cFaultOracle oracle(sensor);
+  const cSimSensor sensor(setting);
+  cFaultOracle oracle(sensor);
+  const auto judgeNext = [&] {
     std::vector<int> distances(POINTS);
-    const auto size = static_cast<ssize_t>(POINTS * sizeof(int));
-    const auto judgeNext = [&] {
-      EXPECT_EQ(read(scans[0], distances.data(), POINTS * sizeof(int)), size);
-      return oracle.judge(distances);
-    };
-    EXPECT_TRUE(judgeNext());
-    host.signal(SIGSTOP);
-    // Two seconds of scans that nobody reads: most of them find no room.
-    EXPECT_TRUE(sensor.waitFor(&cSimCounters::skippedScans, 80, LONG_TIME));
-    host.signal(SIGCONT);
-    // About twelve were on their way.
-    for (int scan = 0; scan < 40 && !HasFailure(); ++scan) judgeNext();
-    EXPECT_GE(oracle.truths, 20);
-    EXPECT_EQ(oracle.lies, 0);
-  }
+    if (read(scans[0], distances.data(), POINTS * sizeof(int)) <= 0) FAIL() << "no host";
+    oracle.judge(distances);
+  };
+  judgeNext();
+  host.signal(SIGSTOP);
+  // Two seconds of scans that nobody reads: most of them find no room.
+  EXPECT_TRUE(sensor.waitFor(&cSimCounters::skippedScans, 80, LONG_TIME));
+  host.signal(SIGCONT);
+  // About twelve were on their way.
+  for (int scan = 0; scan < 40 && !HasFailure(); ++scan) judgeNext();
+  EXPECT_GE(oracle.truths, 20);
+  EXPECT_EQ(oracle.lies, 0);
   close(scans[0]);
 }
 
