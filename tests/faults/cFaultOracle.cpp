@@ -14,11 +14,7 @@ constexpr double CORE = 0.05;            // of a core
 constexpr double BEGINNING = 0.02;       // seconds of CPU that a call may take anyway
 constexpr std::size_t MEMORY = 1 << 16;  // buffers of the C++ library
 constexpr std::size_t LOGGED = 128;      // what the sensor remembers of a command or scan
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr double SANITIZED = 10;
-#else
-constexpr double SANITIZED = 1;
-#endif
+constexpr double SANITIZED = IS_SANITIZED ? 10 : 1;  // times the CPU
 
 std::set<int> getThreads() {
   std::set<int> threads;

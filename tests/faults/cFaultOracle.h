@@ -13,6 +13,13 @@ constexpr int NEAR = 4095;    // for two
 constexpr int READ = 300;     // a read under way, before a command's line is written
 constexpr int ANSWER = 2000;  // an answer of SCIP 2.0
 
+// A sanitizer takes more CPU, and has an allocator of its own.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool IS_SANITIZED = true;
+#else
+constexpr bool IS_SANITIZED = false;
+#endif
+
 /// What holds whatever the far end of a cable does: no crash, no call that hangs or is late, no
 /// scan that differs from the truth where sums, lengths or the number of points tell it, hardly any
 /// CPU while the fault lasts, nothing left behind. Make it when the sensor is there and the driver

@@ -89,7 +89,7 @@ TEST_P(cFailingCall, IsBorneWhicheverItIs) {
       runs.push_back(std::make_unique<cChild>(std::bind(run, call.name, dialect, i)));
     for (const auto& one : runs) ++(one->expectGoodEnd() == UNTOUCHED ? untouched : borne);
   }
-  EXPECT_GT(borne, 0);
+  EXPECT_TRUE(borne > 0 || (IS_SANITIZED && call.name == std::string("malloc")));
 }
 
 constexpr cCall CALLS[] = {{"open"}, {"tcgetattr"}, {"tcsetattr"}, {"poll"},
