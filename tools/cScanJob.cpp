@@ -64,8 +64,11 @@ void cScanJob::waitFor(const cPassingFailure& trouble) {
 }
 
 void cScanJob::takeFrom(const cSensor& sensor) {
-  lastRange.emplace(order.range, sensor);
-  product = sensor.info().getProd();
+  {
+    const std::lock_guard<std::mutex> lock(finishing);
+    lastRange.emplace(order.range, sensor);
+    product = sensor.info().getProd();
+  }
   const auto rows = makeScanFormat(order.format, *lastRange);
   if (!tally.isStarted) output.write(rows->header());
   const bool isReconnect = tally.isStarted;
@@ -89,18 +92,23 @@ void cScanJob::takeFrom(cScanRun& scans, const iScanFormat& rows) {
 }
 
 void cScanJob::handOut(boost::shared_ptr<cScan> scan, const iScanFormat& rows) {
-  last = scan;
-  tally.meter.count();
+  {
+    const std::lock_guard<std::mutex> lock(finishing);
+    last = scan;
+    tally.meter.count();
+  }
   output.write(rows.rows(tally.meter.getTotal(), *scan, tally.meter.getRate()));
 }
 
+/// Also hands over to `finishSuddenly` what was counted so far.
 bool cScanJob::isDone() {
+  const std::lock_guard<std::mutex> lock(finishing);
   const auto count = static_cast<std::size_t>(order.wanted);
   return (count != 0 && tally.meter.getTotal() >= count) || stop.isRequested() || output.isOver();
 }
 
 /// In another thread, when a signal ends the process while the job's own searches or waits for the
-/// sensor: nothing that is used here changes then.
+/// sensor, or hangs in a write.
 void cScanJob::finishSuddenly() {
   try {
     finish();

@@ -60,7 +60,7 @@ class cScanJob {
   std::string product;  // of the sensor that the last scan came from
   std::optional<cScanRange> lastRange;
   boost::shared_ptr<cScan> last;  // empty: none yet
-  std::mutex finishing;
+  std::mutex finishing;     // guards what the end looks at, since that may come in another thread
   bool isFinished = false;  // under finishing
 };
 

@@ -1,5 +1,7 @@
 // What a line makes of the sensor's words.
 
+#include <atomic>
+
 #include "tests/faults/cChild.h"
 #include "tests/faults/cFaultRig.h"
 #include "tests/support/cCaseName.h"
@@ -163,20 +165,23 @@ class cFlippedBit : public testing::TestWithParam<cKind> {};
 
 TEST_P(cFlippedBit, OfAnAnswerIsToldUnlessTheSumCannot) {
   const cKind& kind = GetParam();
-  std::unique_ptr<cSimSensor> sensor;
+  std::atomic<cSimSensor*> itself{nullptr};
   cSimSetting setting = paced(eSimDialect::SCIP2, 0);
   // An answer that nobody knows any more costs no time-out: it is followed by another.
-  setting.onCommand = [&](const std::string& line) { sensor->say("\n\n" + line + "\n99b\n\n"); };
-  sensor = std::make_unique<cSimSensor>(setting);
-  cFaultOracle oracle(*sensor);
-  const tDriver2 driver = openReady(sensor->getPath());
+  setting.onCommand = [&](const std::string& line) {
+    itself.load()->say("\n\n" + line + "\n99b\n\n");
+  };
+  cSimSensor sensor(setting);
+  itself = &sensor;
+  cFaultOracle oracle(sensor);
+  const tDriver2 driver = openReady(sensor.getPath());
   ASSERT_EQ(driver->doLaser(true), 0);
-  const std::uint64_t before = sensor->getCounters().bytesWritten;
+  const std::uint64_t before = sensor.getCounters().bytesWritten;
   ASSERT_TRUE(kind.ask(*driver));
   const std::string clean = describe(*driver);
-  const int bits = 8 * static_cast<int>(sensor->getCounters().bytesWritten - before);
+  const int bits = 8 * static_cast<int>(sensor.getCounters().bytesWritten - before);
   for (int bit = 0; bit < bits; ++bit) {
-    sensor->setFault(eSimFault::FLIPPED_BIT, bit, kind.name, 1);
+    sensor.setFault(eSimFault::FLIPPED_BIT, bit, kind.name, 1);
     const int lies = oracle.lies;
     const bool isSeen = bit % 8 < 6;  // the sums have six bits: they do not see the two above
     tryTo([&] {
@@ -242,20 +247,21 @@ TEST(cFlippedBit, OfAScanIsToldUnlessTheSumCannot) {
 
 // Would catch: a crash on a bit of SCIP 1.x, or a scan of another length. Nothing tells the rest.
 TEST(cFlippedBit, OfScip1EndsNoProcess) {
-  std::unique_ptr<cSimSensor> sensor;
+  std::atomic<cSimSensor*> itself{nullptr};
   cSimSetting setting = paced(eSimDialect::SCIP1, 0);
-  setting.onCommand = [&](const std::string&) { sensor->say("\n\n"); };  // ends any record
-  sensor = std::make_unique<cSimSensor>(setting);
-  const tDriver driver = openAny(*sensor);
+  setting.onCommand = [&](const std::string&) { itself.load()->say("\n\n"); };  // ends any record
+  cSimSensor sensor(setting);
+  itself = &sensor;
+  const tDriver driver = openAny(sensor);
   iSCIP1IF& face = *driver->getSCIP1IF();
   iSCIP2IF& list = *driver->getSCIP2IF();
   for (int bit = 0; bit < 8 * 220; ++bit) {
-    sensor->setFault(eSimFault::FLIPPED_BIT, bit, "", 2);
+    sensor.setFault(eSimFault::FLIPPED_BIT, bit, "", 2);
     face.doVersion();
     face.doScan(FIRST, LAST, 1);
     while (list.getScanNum() > 0) ASSERT_EQ(list.getScanFirst()->points.size(), POINTS);
   }
-  sensor->clearFaults();
+  sensor.clearFaults();
   expectSoon([&] { return face.doVersion(); });
 }
 
