@@ -181,6 +181,7 @@ TEST(cStoppedHost, GoesOn) {
     oracle.judge(distances);
   };
   judgeNext();
+  EXPECT_EQ(oracle.truths, 1);
   host.signal(SIGSTOP);
   // Two seconds of scans that nobody reads: most of them find no room.
   EXPECT_TRUE(sensor.waitFor(&cSimCounters::skippedScans, 80, LONG_TIME));
