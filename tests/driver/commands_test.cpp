@@ -62,7 +62,7 @@ TEST(Commands, FixedAnswersSendNothing) {
 
 // Would catch: values trimmed or cut, keys taken for others, a refusal that empties what is known.
 TEST(Commands, VersionTextsAreKeptAsTheyStand) {
-  const std::string body = field("VEND:a vendor") + field("XXXX:unknown") + field("PROD:a;b:c(d)") +
+  const std::string body = field("VEND:a vendor") + field("OTHR:unknown") + field("PROD:a;b:c(d)") +
                            field("FIRM:1.0<-Default setting by user") + field("PROT:") +
                            field("SERI:H01");
   cScriptedDriver driver(
