@@ -207,6 +207,17 @@ cResult runProgram(const std::vector<std::string>& arguments, const cStart& star
   return {status, program.getOutput(), program.getErrors()};
 }
 
+cResult runAsNobody(const std::vector<std::string>& arguments) {
+  std::vector<std::string> whole{"--reuid=65534",
+                                 "--regid=65534",
+                                 "--clear-groups",
+                                 "--inh-caps=+dac_read_search",
+                                 "--ambient-caps=+dac_read_search",
+                                 PROGRAM_PATH};
+  whole.insert(whole.end(), arguments.begin(), arguments.end());
+  return runProgram(whole, {{}, eSetting::PIPES, "/usr/bin/setpriv"});
+}
+
 std::vector<std::string> linesOf(const std::string& text) {
   std::istringstream stream(text);
   std::vector<std::string> lines;

@@ -87,6 +87,10 @@ struct cResult {
 };
 cResult runProgram(const std::vector<std::string>& arguments, const cStart& start = {});
 
+/// The same as the user nobody, who may only read everything: the build may lie in a folder that is
+/// root's alone. For root.
+cResult runAsNobody(const std::vector<std::string>& arguments);
+
 /// `text` cut at its line ends.
 std::vector<std::string> linesOf(const std::string& text);
 

@@ -79,11 +79,7 @@ TEST(ProgramPort, whereItMayNotBeOpenedItsGroupIsTold) {
   const cPtyPair line;
   ASSERT_EQ(chown(line.getPath().c_str(), 0, 1), 0);  // daemon is group 1 of every Debian
   ASSERT_EQ(chmod(line.getPath().c_str(), 0660), 0);
-  // The build may lie in a folder that is root's alone: that user may read everything.
-  const cResult result =
-      runProgram({"--reuid=65534", "--regid=65534", "--clear-groups", "--inh-caps=+dac_read_search",
-                  "--ambient-caps=+dac_read_search", PROGRAM_PATH, "info", line.getPath()},
-                 {{}, eSetting::PIPES, "/usr/bin/setpriv"});
+  const cResult result = runAsNobody({"info", line.getPath()});
   EXPECT_EQ(result.status, 1);
   EXPECT_TRUE(holds(result.errors, "sudo usermod -aG daemon nobody"));
 }
