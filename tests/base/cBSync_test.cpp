@@ -9,7 +9,6 @@
 #include <thread>
 
 #include "tests/base/measure.h"
-#include "tests/support/cCaseName.h"
 
 namespace {
 
@@ -44,12 +43,7 @@ TEST(BSync, waitsAsLongAsTold) {
   raiser.join();
 }
 
-struct cWait {
-  const char* name;
-  void (*wait)(cBSync&);
-};
-
-class BSyncWait : public testing::TestWithParam<cWait> {};
+class BSyncWait : public testing::TestWithParam<void (*)(cBSync&)> {};
 
 // A request's signal lives on its caller's stack: would catch `unblock` touching it once its
 // waiter is gone (under the sanitizers).
@@ -66,7 +60,7 @@ TEST_P(BSyncWait, mayDestroyTheSignalWhenItReturns) {
   for (int round = 0; round < ROUNDS; ++round) {
     const auto sync = std::make_unique<cBSync>();
     raised = sync.get();
-    GetParam().wait(*sync);
+    GetParam()(*sync);
   }
   raiser.join();
 }
@@ -74,18 +68,16 @@ TEST_P(BSyncWait, mayDestroyTheSignalWhenItReturns) {
 // Would catch a host's interrupted thread leaving a request behind that the worker still uses.
 TEST_P(BSyncWait, isNotLeftByAnInterruptedThread) {
   cBSync sync;
-  boost::thread waiter([&sync] { GetParam().wait(sync); });
+  boost::thread waiter([&sync] { GetParam()(sync); });
   waiter.interrupt();
   EXPECT_FALSE(waiter.try_join_for(boost::chrono::milliseconds(50)));
   sync.unblock();
   waiter.join();
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Base, BSyncWait,
-    testing::Values(cWait{"wait", [](cBSync& sync) { sync.wait(); }},
-                    cWait{"waitAndReset", [](cBSync& sync) { sync.wait_and_reset(); }},
-                    cWait{"timed", [](cBSync& sync) { sync.wait_and_reset(PATIENCE); }}),
-    cCaseName());
+INSTANTIATE_TEST_SUITE_P(Base, BSyncWait,
+                         testing::Values([](cBSync& sync) { sync.wait(); },
+                                         [](cBSync& sync) { sync.wait_and_reset(); },
+                                         [](cBSync& sync) { sync.wait_and_reset(PATIENCE); }));
 
 }  // namespace

@@ -85,28 +85,3 @@ class cRawHost {
   int fd;
   std::string arrived;  ///< read and not yet taken
 };
-
-/// How the tests check and decode, apart from the sensor's own code.
-namespace raw {
-
-inline std::vector<std::string> lines(const std::string& record) {
-  std::vector<std::string> all;
-  std::istringstream stream(record);
-  for (std::string line; std::getline(stream, line);) all.push_back(line);
-  return all;
-}
-
-/// How many readings a SCIP 2.0 scan record holds; -1 if one of its sums is wrong.
-inline int countReadings(const std::string& record, std::size_t width) {
-  const std::vector<std::string> all = lines(record);
-  std::size_t size = 0;
-  for (std::size_t i = 1; i + 1 < all.size(); ++i) {
-    int sum = 0;
-    for (const char c : all[i]) sum += c;
-    if ((sum - all[i].back()) % 64 + '0' != all[i].back()) return -1;
-    if (i >= 3) size += all[i].size() - 1;
-  }
-  return static_cast<int>(size / width);
-}
-
-}  // namespace raw

@@ -1,12 +1,10 @@
 #include <gtest/gtest.h>
-#include <termios.h>
-#include <unistd.h>
-
 #include <filesystem>
 #include <optional>
 
 #include "sim/tarvosim.h"
 #include "tests/sim/cRawHost.h"
+#include "tests/tools/cTempFolder.h"
 
 namespace {
 
@@ -18,12 +16,6 @@ cSimSetting at(int speed, eSimGarbage garbage) {
   setting.garbage = garbage;
   return setting;
 }
-
-/// A name for a link of this process, gone at the end.
-struct cTemporary {
-  fs::path path = fs::temp_directory_path() / ("sim-link-" + std::to_string(getpid()));
-  ~cTemporary() { fs::remove(path); }
-};
 
 }  // namespace
 
@@ -57,46 +49,43 @@ TEST(SimLine, ChangesItsSpeedAfterTheReply) {
   setting.dialect = eSimDialect::SCIP1_SWITCH;
   cSimSensor sensor(setting);
   cRawHost host(sensor.getPath(), B19200);
-  struct cRow {
-    const char* command;
-    const char* status;
-    int speed;
-    speed_t constant;
-  };
-  for (const cRow& row :
-       {cRow{"S1152001234567", "0", 115200, B115200}, cRow{"SCIP2.0", "0", 115200, B115200},
-        cRow{"SS500000", "00P", 500000, B500000}, cRow{"RS", "00P", 19200, B19200}}) {
-    EXPECT_EQ(host.ask(row.command), std::string(row.command) + "\n" + row.status + "\n\n");
-    host.setSpeed(row.constant);
+  for (const auto& [command, answer, speed, constant] :
+       {std::tuple("S1152001234567", "S1152001234567\n0\n\n", 115200, speed_t{B115200}),
+        std::tuple("SCIP2.0", "SCIP2.0\n0\n\n", 115200, speed_t{B115200}),
+        std::tuple("SS500000", "SS500000\n00P\n\n", 500000, speed_t{B500000}),
+        std::tuple("RS", "RS\n00P\n\n", 19200, speed_t{B19200})}) {
+    EXPECT_EQ(host.ask(command), answer);
+    host.setSpeed(constant);
     EXPECT_EQ(host.ask("XX").substr(0, 3), "XX\n");
-    EXPECT_EQ(sensor.getSpeed(), row.speed);
+    EXPECT_EQ(sensor.getSpeed(), speed);
   }
 }
 
 // Catches: hosts left waiting by a pulled cable, a sensor that does not come back as powered on, a
 // link that stays behind or is taken away from a later sensor.
 TEST(SimLine, IsUnpluggedAndPluggedIn) {
-  cTemporary link;
+  const cTempFolder folder;
+  const std::string link = folder / "sensor";
   cSimSetting setting;
-  setting.link = link.path;
+  setting.link = link;
   setting.dialect = eSimDialect::SCIP1_SWITCH;
   {
     cSimSensor sensor(setting);
-    cRawHost host(link.path);
+    cRawHost host(link);
     host.ask("SCIP2.0");
     host.ask("MD0044072501000");
     EXPECT_TRUE(sensor.isScanning());
     sensor.setFault(eSimFault::UNPLUGGED);
     EXPECT_TRUE(host.isHungUp());
-    EXPECT_FALSE(fs::is_symlink(link.path));
+    EXPECT_FALSE(fs::is_symlink(link));
     EXPECT_FALSE(sensor.isScanning());
     sensor.say("into the void");
     sensor.clearFaults();
-    EXPECT_EQ(fs::read_symlink(link.path), sensor.getPath());
-    cRawHost again(link.path);
+    EXPECT_EQ(fs::read_symlink(link), sensor.getPath());
+    cRawHost again(link);
     EXPECT_EQ(again.ask("QT"), "QT\n1\n\n");
     std::optional<cSimSensor> later(setting);
-    EXPECT_EQ(fs::read_symlink(link.path), later->getPath());
+    EXPECT_EQ(fs::read_symlink(link), later->getPath());
   }
-  EXPECT_FALSE(fs::is_symlink(link.path));
+  EXPECT_FALSE(fs::is_symlink(link));
 }
