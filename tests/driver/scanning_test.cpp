@@ -14,8 +14,6 @@ struct cModelCase {
   int longest;  // millimetres: of MS, or beyond it
 };
 
-void PrintTo(const cModelCase& of, std::ostream* out) { *out << of.last << '.' << of.longest; }
-
 class cModel : public testing::TestWithParam<cModelCase> {};
 
 }  // namespace
@@ -125,23 +123,6 @@ TEST_F(cScanning, WaitingWithoutARunningScanStopsTheProcess) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_DEATH(driver->waitScan(1), "px != 0");
   EXPECT_DEATH(driver->waitScan(), "px != 0");
-}
-
-// Would catch: a scan made of damaged distances, or good ones lost with it.
-TEST_F(cScanning, DropsARecordWithABadSum) {
-  for (const int line : {1, 2, -1}) {  // the sensor's time, the first and the last of the data
-    const std::size_t sent = start(60, 0);
-    EXPECT_TRUE(driver->waitScan(LONG));
-    sensor.setFault(eSimFault::WRONG_SUM, line, "scan", 1);
-    ASSERT_TRUE(sensor.waitForSentScans(sensor.getCounters().scans + 4, LONG_TIME));
-    EXPECT_EQ(driver->abortScan(), 0);
-    std::vector<std::vector<int>> taken;
-    while (const tScan scan = driver->getScanFirst()) taken.push_back(distancesOf(scan));
-    EXPECT_EQ(taken.size() + 1, sensor.getSentScans().size() - sent);
-    for (std::size_t i = 0; i < taken.size(); ++i) {
-      EXPECT_TRUE(taken[i] == measured(sent + i, 60) || taken[i] == measured(sent + i + 1, 60));
-    }
-  }
 }
 
 // Would catch: an old scan's records mixed into a new one, a running scan lost to a refused start.

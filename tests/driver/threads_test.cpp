@@ -39,3 +39,17 @@ TEST(ManyCallers, ScanAndAskAtOnce) {
   EXPECT_EQ(taken, SCANS);
   EXPECT_EQ(failed, 0);
 }
+
+// Would catch: what two drivers of one process share.
+TEST(TwoSensors, KeepTheirScansApart) {
+  const cSimSensor one(quick(eSimModel::SHORT_RANGE));
+  const cSimSensor other(quick(eSimModel::LONG_RANGE));
+  const tDriver2 first = openReady(one.getPath());
+  const tDriver2 second = openReady(other.getPath());
+  const std::size_t ofOne = startSurely(one, *first, 44, 725, 1, 50, 5600);
+  const std::size_t ofOther = startSurely(other, *second, 0, 1080, 1, 50, 60000);
+  for (std::size_t i = 0; i < 50; ++i) {
+    ASSERT_EQ(distancesOf(takeScan(*first)), truth(one, ofOne + i, 44, 725));
+    ASSERT_EQ(distancesOf(takeScan(*second)), truth(other, ofOther + i, 0, 1080));
+  }
+}
