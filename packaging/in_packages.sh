@@ -1,4 +1,4 @@
-# Within a bare Debian 12: the packages from installation to purge.
+# Within a bare Debian 12: the packages from installation to purge, and README's first command.
 set -euo pipefail
 cd /root
 packages=(libtarvolink-2.0-0 libtarvolink-2.0-dev tarvolink-tools)
@@ -24,3 +24,5 @@ while read -r path; do
 done <installed | (! grep .)
 find / -xdev -path /root -prune -o -path /var/cache -prune -o -iname '*tarvolink*' -print | (! grep .)
 echo "packages: installed, used, purged; nothing stayed"
+
+tarvolink/script/demo

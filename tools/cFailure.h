@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "tools/notice.h"
+
 namespace tool {
 
 /// The program's exit statuses: part of its contract, scripts depend on them.
@@ -21,7 +23,16 @@ class cFailure : public std::runtime_error {
   cFailure(eExit exitStatus, const std::string& message)
       : std::runtime_error(message), status(exitStatus) {}
 
+  /// Says it to the user, once however often it is called: early where cleaning up takes long.
+  void say() {
+    if (!isSaid) notice(what());
+    isSaid = true;
+  }
+
   const eExit status;
+
+ private:
+  bool isSaid = false;
 };
 
 /// One of the device's or the sensor's, which may be over by itself later: what `--reconnect`

@@ -46,18 +46,18 @@ void cScanJob::takeAll() {
   while (!isDone()) {
     try {
       takeFrom(cSensor(name, stop));
-    } catch (const cPassingFailure& trouble) {
+    } catch (cPassingFailure& trouble) {
       if (!order.isReconnecting || !tally.isStarted) throw;
       waitFor(trouble);
     }
   }
 }
 
-void cScanJob::waitFor(const cPassingFailure& trouble) {
+void cScanJob::waitFor(cPassingFailure& trouble) {
   progress.clear();
   if (saidTrouble != trouble.what()) {
-    notice(fmt::format("{}\ntarvolink: waiting for {} to come back (--reconnect)", trouble.what(),
-                       name.getText()));
+    trouble.say();
+    notice(fmt::format("waiting for {} to come back (--reconnect)", name.getText()));
   }
   saidTrouble = trouble.what();
   stop.waitFor(RETRY_PAUSE);
@@ -76,7 +76,13 @@ void cScanJob::takeFrom(const cSensor& sensor) {
   cScanRun scans(sensor, *lastRange, stop, tally);
   if (isReconnect) ++tally.reconnects;
   saidTrouble.clear();
-  takeFrom(scans, *rows);
+  try {
+    takeFrom(scans, *rows);
+  } catch (cPassingFailure& trouble) {
+    progress.clear();
+    trouble.say();  // now, since to stop a sensor that is silent takes its time
+    throw;
+  }
   // A reader who has had enough is an end like a signal's: not to be held up by the sensor.
   if (output.isOver()) stop.request();
 }
@@ -112,8 +118,8 @@ bool cScanJob::isDone() {
 void cScanJob::finishSuddenly() {
   try {
     finish();
-  } catch (const cFailure& failure) {
-    notice(failure.what());
+  } catch (cFailure& failure) {
+    failure.say();
   }
 }
 

@@ -42,7 +42,7 @@ class cScanJob {
   void takeFrom(const cSensor& sensor);
   void takeFrom(cScanRun& scans, const iScanFormat& rows);
   void handOut(boost::shared_ptr<cScan> scan, const iScanFormat& rows);
-  void waitFor(const cPassingFailure& trouble);
+  void waitFor(cPassingFailure& trouble);
   bool isDone();
   void finish();
   void finishSuddenly();

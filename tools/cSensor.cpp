@@ -17,7 +17,8 @@ constexpr int QUIETEN_TRIES = 5;  // what an earlier program left may fill the l
 constexpr int FETCH_TRIES = 3;
 
 std::unique_ptr<cSimSensor> simulate(const cDeviceName& device) {
-  return device.isSimulated() ? std::make_unique<cSimSensor>(device.getSetting()) : nullptr;
+  if (!device.isSimulated()) return nullptr;
+  return std::make_unique<cSimSensor>(device.getSetting());
 }
 
 boost::shared_ptr<kavTBX::cPortSetting> settingFor(const cDeviceName& device) {

@@ -35,11 +35,14 @@ cStop::~cStop() {
     finished = true;
     changed.notify_all();
   }
-  pthread_kill(watcher.native_handle(), SIGTERM);
+  request();
   watcher.join();
 }
 
-void cStop::request() { pthread_kill(watcher.native_handle(), SIGTERM); }
+void cStop::request() {
+  // Blocked there and taken by sigwaitinfo, so that it ends nothing by itself.
+  pthread_kill(watcher.native_handle(), SIGTERM);  // NOLINT(bugprone-bad-signal-to-kill-thread)
+}
 
 void cStop::wait() {
   std::unique_lock<std::mutex> lock(mutex);

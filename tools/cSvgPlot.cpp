@@ -112,7 +112,7 @@ void cSvgPlot::drawRings() {
     text += fmt::format("  <circle class=\"ring\" cx=\"{}\" cy=\"{}\" r=\"{:.1f}\"/>\n", MIDDLE_X,
                         MIDDLE_Y, distance / reach * RADIUS);
   };
-  for (double distance = step; distance < reach; distance += step) ring(distance);
+  for (int i = 1; i * step < reach; ++i) ring(i * step);
   ring(reach);
 }
 
@@ -141,9 +141,9 @@ void cSvgPlot::drawReadings(const cScan& readings) {
 /// Ring labels stand straight behind the sensor, where it sees nothing.
 void cSvgPlot::drawTexts(const std::string& title, const std::string& subtitle) {
   const double step = scale.getRingStep(MOST_RINGS);
-  for (double distance = step; distance <= scale.getReach(); distance += step) {
-    const cPosition at = onPaper(distance, PI);
-    text += label("ring-label", at.right, at.up - 4, metres(distance));
+  for (int i = 1; i * step <= scale.getReach(); ++i) {
+    const cPosition at = onPaper(i * step, PI);
+    text += label("ring-label", at.right, at.up - 4, metres(i * step));
   }
   text += label("title", 40, 52, title, "start");
   text += label("subtitle", 40, 80, subtitle, "start");

@@ -31,7 +31,12 @@ void cViewCommand::run() {
   cLiveView view(sensor, range, scans, tally.meter);
   if (isOnce) return view.drawOnce(output, stop);
   const cSummary summary(tally);
-  view.run(output, stop);
+  try {
+    view.run(output, stop);
+  } catch (cPassingFailure& trouble) {
+    trouble.say();  // now, since to stop a sensor that is silent takes its time
+    throw;
+  }
 }
 
 void cViewCommand::checkTerminal(const cOutput& output) const {

@@ -37,30 +37,7 @@ std::string exitStatuses() {
          row(tool::eExit::SCANS_STOPPED, "a running scan dried up");
 }
 
-int fail(tool::eExit status, const char* message) {
-  tool::notice(message);
-  return static_cast<int>(status);
-}
-
-int runChosen(const std::vector<std::unique_ptr<tool::iCommand>>& commands) {
-  try {
-    for (const auto& command : commands) {
-      if (command->isChosen()) command->run();
-    }
-    return static_cast<int>(tool::eExit::SUCCESS);
-  } catch (const tool::cFailure& failure) {
-    return fail(failure.status, failure.what());
-  } catch (const std::exception& error) {
-    return fail(tool::eExit::BAD_INPUT, error.what());
-  }
-}
-
-}  // namespace
-
-int main(int argc, char** argv) {
-  occupyStandardDescriptors();
-  std::signal(SIGPIPE, SIG_IGN);
-
+int parseAndRun(int argc, char** argv) {
   CLI::App app("Finds laser range finders on serial lines and takes their scans.", "tarvolink");
   app.set_version_flag("--version", "tarvolink " TARVOLINK_VERSION);
   app.footer(exitStatuses());
@@ -77,5 +54,24 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : static_cast<int>(tool::eExit::USAGE);
   }
-  return runChosen(commands);
+  for (const auto& command : commands) {
+    if (command->isChosen()) command->run();
+  }
+  return static_cast<int>(tool::eExit::SUCCESS);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  occupyStandardDescriptors();
+  std::signal(SIGPIPE, SIG_IGN);
+  try {
+    return parseAndRun(argc, argv);
+  } catch (tool::cFailure& failure) {
+    failure.say();
+    return static_cast<int>(failure.status);
+  } catch (const std::exception& error) {
+    tool::notice(error.what());
+    return static_cast<int>(tool::eExit::BAD_INPUT);
+  }
 }

@@ -7,7 +7,7 @@ namespace tool {
 
 /// Says `text` to the user: one line on standard error. Nothing fails when nobody reads it.
 inline void notice(const std::string& text) {
-  std::fputs(("tarvolink: " + text + "\n").c_str(), stderr);
+  std::fprintf(stderr, "tarvolink: %s\n", text.c_str());
 }
 
 }  // namespace tool

@@ -130,6 +130,17 @@ TEST(ProgramList, isReadableAndOpensNothing) {
   EXPECT_EQ(runProgram({"list", "--json"}, withDevices("")).output, "[]\n");
 }
 
+// Would catch rows that wait for the slowest device.
+TEST(ProgramList, tellsEachDeviceAsItWasAsked) {
+  const cSimSensor sensor{cSimSetting{}};
+  const cPtyPair silent;
+  cProgram program({"list", "--probe"}, withDevices(sensor.getPath() + ":" + silent.getPath()));
+  program.waitFor("Simulated short range scanner, SCIP 2.0, 115200 bits/s\n");
+  program.waitForError("looking for a sensor on " + silent.getPath());
+  program.signal(SIGINT);
+  EXPECT_EQ(program.wait(), 0);
+}
+
 TEST(ProgramDefault, isTheOnlySerialDeviceButAskedForWhereThereAreSeveral) {
   const cSimSensor sensor{cSimSetting{}};
   const cResult found = runProgram({"info", "--json"}, withDevices(sensor.getPath()));

@@ -1,5 +1,6 @@
 // The files that a run writes: -o and --plot.
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -103,6 +104,21 @@ TEST_P(ProgramFile, replacesWhatALinkLeadsToAndKeepsItsPermissions) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ProgramFile, testing::Values("-o", "--plot"));
+
+// Renaming asks the folder alone: would catch a file replaced that its owner protects.
+TEST_P(ProgramFile, isRefusedAtOnceWhereItIsReadOnly) {
+  const cTempFolder folder;
+  const std::string file = folder / "precious";
+  std::ofstream(file) << "older";
+  fs::permissions(file, fs::perms::owner_read | fs::perms::others_read);
+  fs::permissions(folder / "", fs::perms::all);
+  const std::vector<std::string> arguments{"scan", "sim:", GetParam(), file};
+  const cResult result = geteuid() == 0 ? runAsNobody(arguments) : runProgram(arguments);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_TRUE(holds(result.errors, "cannot write to " + file));
+  EXPECT_FALSE(holds(result.errors, "looking for a sensor"));
+  EXPECT_EQ(readFile(file), "older");
+}
 
 // Renaming over a device would take it away from everybody.
 TEST(ProgramPlot, isRefusedAtOnceWhereItCannotBeAFile) {

@@ -66,6 +66,13 @@ TEST(ProgramView, onceIntoAPipeIsPlainTextOfTheSizeTold) {
   EXPECT_FALSE(sensor.isScanning());
 }
 
+TEST(ProgramView, ofOneRowIsItsStatus) {
+  const cResult result = runProgram({"view", "--once", "sim:"}, {{"COLUMNS=80", "LINES=1"}});
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_EQ(linesOf(result.output).size(), 1u);
+  EXPECT_TRUE(holds(result.output, " | SCIP 2.0 | 115200 bits/s | "));
+}
+
 TEST(ProgramView, onceTellsTheOldDialect) {
   const cSimSensor sensor(unpaced(eSimModel::SHORT_RANGE, eSimDialect::SCIP1));
   EXPECT_TRUE(holds(runProgram({"view", "--once", sensor.getPath()}).output, "| SCIP 1.x |"));
