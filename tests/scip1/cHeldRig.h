@@ -1,0 +1,112 @@
+#pragma once
+
+#include <algorithm>
+#include <condition_variable>
+#include <map>
+#include <memory>
+#include <mutex>
+
+#include "tests/support/driving.h"
+
+using tLines = std::vector<std::string>;
+using tNumbers = std::vector<int>;
+
+/// A record of SCIP 1.x; `body` is lines with their ends.
+inline std::string record(const std::string& echo, const std::string& status,
+                          const std::string& body = "") {
+  return echo + "\n" + status + "\n" + body + "\n";
+}
+
+/// The number of a held sensor's scan; -1 of none.
+inline int numberOf(const tScan& scan) {
+  if (!scan) return -1;
+  return static_cast<int>(scan->points.at(0).distance * 4096 + scan->points.at(1).distance);
+}
+
+/// A driver, whose reads wait 10 s unless told otherwise, and a SCIP 1.x sensor in a test's hands:
+/// answers can be held back, or be written byte for byte. Left alone it accepts every command; its
+/// scans have two points, those of number n, counted from 0, say n / 4096 and n % 4096.
+class cHeldRig {
+ public:
+  /// @param speed bits/s of a real line; 0: bytes take no time
+  explicit cHeldRig(int speed = 0) : sensor(makeSetting(speed)) {
+    sensor.setFault(eSimFault::NO_ANSWER);
+  }
+  /// Lets go of an answer held back, for which the driver may be waiting.
+  ~cHeldRig() { letGo(-1); }
+
+  /// Says `bytes` to commands that begin with `prefix`; "": answers them itself again.
+  void script(const std::string& prefix, const std::string& bytes) {
+    std::lock_guard<std::mutex> lock(mutex);
+    scripts[prefix] = bytes;
+  }
+
+  /// Answers only so many commands more, added to what was left; below 0: all again.
+  void letGo(int count) {
+    std::lock_guard<std::mutex> lock(mutex);
+    answersLeft = count < 0 ? count : std::max(answersLeft, 0) + count;
+    changed.notify_all();
+  }
+
+  /// Whether `count` commands that begin with `prefix` are heard, answered or not.
+  bool hears(const std::string& prefix, std::size_t count) {
+    return sensor.waitForCommand(prefix, LONG_TIME, count);
+  }
+
+  /// The adapter, made when first asked for.
+  iSCIP2IF& scip2() {
+    if (face == nullptr) face = driver->getSCIP2IF();
+    return *face;
+  }
+  /// Two points, steps 0 to 1, back to back.
+  int startTwoPoints(int count) { return scip2().startScan(0, 1, 1, 0, count, 4095); }
+  /// Waits until the worker does not scan any more.
+  bool waitForIdle() {
+    return eventually([this] { return !scip2().isScanning(); });
+  }
+  /// The numbers of the scans in the list, which is empty afterwards.
+  tNumbers takeAll() {
+    tNumbers numbers;
+    while (const tScan scan = scip2().getScanFirst()) numbers.push_back(numberOf(scan));
+    return numbers;
+  }
+
+ private:
+  cSimSetting makeSetting(int speed) {
+    cSimSetting setting;
+    setting.speed = speed;
+    setting.onCommand = [this](const std::string& command) { answer(command); };
+    return setting;
+  }
+
+  void answer(const std::string& command) {
+    std::unique_lock<std::mutex> lock(mutex);
+    changed.wait(lock, [this] { return answersLeft != 0; });
+    if (answersLeft > 0) --answersLeft;
+    for (const auto& [prefix, bytes] : scripts) {
+      if (!bytes.empty() && command.rfind(prefix, 0) == 0) return sensor.say(bytes);
+    }
+    sensor.say(record(command, "0", command[0] == 'G' ? getScan() : ""));
+  }
+
+  std::string getScan() {
+    std::string points;
+    for (int shift = 18; shift >= 0; shift -= 6)
+      points += static_cast<char>(((scans >> shift) & 63) + 0x30);
+    ++scans;
+    return points + "\n";
+  }
+
+  std::mutex mutex;  // guards the four below
+  std::condition_variable changed;
+  std::map<std::string, std::string> scripts;
+  int answersLeft = -1;
+  int scans = 0;
+  iSCIP2IF* face = nullptr;
+
+ public:
+  cSimSensor sensor;
+  tPort port = openPort(sensor.getPath(), 10000);
+  tLink link{new cTarvoLink(port)};
+  std::unique_ptr<cSensorDriverSCIP1> driver{new cSensorDriverSCIP1(link)};
+};
