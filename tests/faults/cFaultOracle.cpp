@@ -23,8 +23,8 @@ std::set<int> getThreads() {
   return threads;
 }
 
-int countDescriptors() {
-  return static_cast<int>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
+long countDescriptors() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 /// What pthread_getcpuclockid would say of another thread, by its number; 0 if it has ended.
@@ -106,16 +106,22 @@ void cFaultOracle::take(iSCIP2IF& driver, int patience) {
   while (driver.getScanNum() > 0) judge(distancesOf(driver.getScanFirst()), patience);
 }
 
+void cFaultOracle::tryTo(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const std::out_of_range&) {
+    ++told;
+  }
+}
+
 void cFaultOracle::follow(iSCIP2IF& driver, const std::function<bool()>& condition) {
   const auto deadline = cClock::now() + LONG_TIME;
   while (!condition()) {
     ASSERT_LT(cClock::now(), deadline) << "what was waited for did not come";
-    try {
+    tryTo([&] {
       driver.waitScan(100);
       take(driver);
-    } catch (const std::out_of_range&) {
-      ++told;
-    }
+    });
   }
 }
 

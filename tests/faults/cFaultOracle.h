@@ -41,11 +41,12 @@ class cFaultOracle {
   bool judge(const std::vector<int>& distances, int patience = LONG);
   /// Takes and judges what scans there are.
   void take(iSCIP2IF& driver, int patience = LONG);
-  /// Takes and judges scans until the condition holds. One that throws is told.
+  /// Does it; that it throws tells damage.
+  void tryTo(const std::function<void()>& action);
+  /// Takes and judges scans until the condition holds.
   void follow(iSCIP2IF& driver, const std::function<bool()>& condition);
   /// The next scan that comes is true, or one of the few after it.
   void expectTrueScan(iSCIP2IF& driver);
-  int count() const { return truths + told + lies; }
 
   int truths = 0;
   int told = 0;
@@ -56,7 +57,7 @@ class cFaultOracle {
 
   const cSimSensor& sensor;
   const std::set<int> others;  // threads that are not the library's
-  const int descriptors;
+  const long descriptors;
   const int threads;
   const std::size_t memory;
   std::size_t next = 0;  // the first scan sent that may still come

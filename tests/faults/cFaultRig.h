@@ -11,10 +11,10 @@ inline cSimSetting paced(eSimDialect dialect = eSimDialect::SCIP2, double rate =
   return setting;
 }
 
-/// A running driver for it without a detection.
-inline tDriver openAny(const cSimSensor& sensor) {
-  if (sensor.getSetting().dialect == eSimDialect::SCIP2) return openReady(sensor.getPath());
-  return tDriver(new cSensorDriverSCIP1(openLink(sensor.getPath())));
+/// A running driver for a sensor at that path, without a detection.
+inline tDriver openAny(eSimDialect dialect, const std::string& path) {
+  if (dialect == eSimDialect::SCIP2) return openReady(path);
+  return tDriver(new cSensorDriverSCIP1(openLink(path)));
 }
 
 /// FIRST to LAST, without end if `count` is 0.
@@ -27,14 +27,14 @@ struct cFaultRig {
   explicit cFaultRig(const cSimSetting& setting) : sensor(setting) {}
 
   /// Starts a scan and waits for the first of it.
-  void scan(int count = 0) {
-    startScan(face, count);
+  void scan(int count = 0, int most = FAR) {
+    startScan(face, count, most);
     oracle.expectTrueScan(face);
   }
 
   cSimSensor sensor;
   cFaultOracle oracle{sensor};
-  tDriver driver = openAny(sensor);  // goes first
+  tDriver driver = openAny(sensor.getSetting().dialect, sensor.getPath());  // goes first
   iSCIP2IF& face = *driver->getSCIP2IF();
 };
 

@@ -88,8 +88,7 @@ SHIM int gettimeofday(timeval* now, void*) noexcept {
   return result;
 }
 
-// A sanitizer has an allocator of its own.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which have their own
 extern "C" void* __libc_malloc(size_t size);
 
 SHIM void* malloc(size_t size) noexcept {

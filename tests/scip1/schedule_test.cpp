@@ -66,6 +66,7 @@ TEST(Scip1Schedule, EndTakesOneExchangeAtMost) {
     } else {
       rig.scip2().startScan(0, 1, 1, 36000, 5, 0);  // one an hour
       ASSERT_TRUE(rig.scip2().waitScan(LONG));
+      EXPECT_FALSE(rig.scip2().waitScan(100));
     }
     const auto begin = cClock::now();
     rig.driver.reset();
