@@ -19,6 +19,7 @@ TEST(ProgramInfo, tellsInJsonWhatTheSensorTells) {
     EXPECT_NE(object[text], "") << text;
   }
   const json expected = {{"device", sensor.getPath()},
+                         {"dialect", "SCIP 2.0"},
                          {"vendor", "Simulated sensors"},
                          {"first_step", 0},
                          {"last_step", 1080},

@@ -1,7 +1,6 @@
 // Sensors of the old dialect.
 #include <nlohmann/json.hpp>
 
-#include "tests/support/cCaseName.h"
 #include "tests/tools/cProgram.h"
 #include "tests/tools/cTempFolder.h"
 #include "tests/tools/simSettings.h"
@@ -16,49 +15,32 @@ cSimSetting oldSensor(eSimDialect dialect = eSimDialect::SCIP1) {
 
 }  // namespace
 
-struct cDialect {
-  const char* name;
-  eSimDialect dialect;
-  const char* told;
-  int last;
-  int most;
-};
-
-class ProgramDialect : public testing::TestWithParam<cDialect> {};
-
-// N + 1 scans come when the library counts them on SCIP 1.x.
-TEST_P(ProgramDialect, isToldByInfoAndScannedExactlySoOften) {
-  const cSimSensor sensor(oldSensor(GetParam().dialect));
-  const cResult info = runProgram({"info", sensor.getPath(), "--json"});
-  ASSERT_EQ(info.status, 0) << info.errors;
-  EXPECT_EQ(json::parse(info.output)["dialect"], GetParam().told);
-  EXPECT_TRUE(holds(json::parse(info.output)["vendor"], "Simulated sensors"));
-
-  const cResult scan = runProgram({"scan", sensor.getPath(), "-n", "3", "--format", "json"});
-  ASSERT_EQ(scan.status, 0) << scan.errors;
-  const auto lines = linesOf(scan.output);
-  ASSERT_EQ(lines.size(), 3u);
-  const auto sent = sensor.getSentScans();
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    EXPECT_EQ(json::parse(lines[i])["distances"].get<std::vector<int>>(),
-              sensor.getTrueDistances(sent.at(i), 44, GetParam().last, 1, GetParam().most));
+TEST(ProgramScip1, isToldByInfoAndSwitchedWhereItCanBe) {
+  for (const auto& [dialect, told] :
+       {std::pair(eSimDialect::SCIP1, "SCIP 1.x"),
+        std::pair(eSimDialect::SCIP1_SWITCH, "SCIP 2.0, switched from SCIP 1.x")}) {
+    const cSimSensor sensor(oldSensor(dialect));
+    const cResult info = runProgram({"info", sensor.getPath(), "--json"});
+    ASSERT_EQ(info.status, 0) << info.errors;
+    EXPECT_EQ(json::parse(info.output)["dialect"], told);
+    EXPECT_TRUE(holds(json::parse(info.output)["vendor"], "Simulated sensors"));
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, ProgramDialect,
-    testing::Values(cDialect{"scip2", eSimDialect::SCIP2, "SCIP 2.0", 725, INT_MAX},
-                    cDialect{"scip1", eSimDialect::SCIP1, "SCIP 1.x", 724, 4095},
-                    cDialect{"scip1Switch", eSimDialect::SCIP1_SWITCH,
-                             "SCIP 2.0, switched from SCIP 1.x", 725, INT_MAX}),
-    cCaseName());
-
-// Two turns to skip are 300 ms at the 10 turns a second of such sensors.
-TEST(ProgramScip1, hasAnIntervalOfAsManyTurns) {
+// N + 1 scans come when the library counts them. Two turns to skip are 300 ms at the 10 turns a
+// second of such sensors.
+TEST(ProgramScip1, isScannedExactlySoOftenWithAnIntervalOfAsManyTurns) {
   const cSimSensor sensor(oldSensor());
-  const cResult result = runProgram({"scan", sensor.getPath(), "--interval", "2"});
-  EXPECT_EQ(result.status, 0);
-  EXPECT_TRUE(holds(result.errors, "interval :0.300000[ms]"));
+  const cResult scan =
+      runProgram({"scan", sensor.getPath(), "-n", "3", "--format", "json", "--interval", "2"});
+  ASSERT_EQ(scan.status, 0) << scan.errors;
+  EXPECT_TRUE(holds(scan.errors, "interval :0.300000[ms]"));
+  const auto lines = linesOf(scan.output);
+  ASSERT_EQ(lines.size(), 3u);
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    EXPECT_EQ(json::parse(lines[i])["distances"].get<std::vector<int>>(),
+              sensor.getTrueDistances(sensor.getSentScans().at(i), 44, 724, 1, 4095));
+  }
 }
 
 // The library ends an endless scan there.

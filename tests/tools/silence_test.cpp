@@ -31,6 +31,7 @@ struct cHeard {
 
 class ProgramHeard : public testing::TestWithParam<cHeard> {};
 
+// What is said of silence and of garbage, the documentation's tests compare.
 TEST_P(ProgramHeard, isToldWithTheCure) {
   const cPtyPair line;
   const cScriptedPeer peer(line, GetParam().rule);
@@ -45,10 +46,7 @@ using tText = std::string;
 
 INSTANTIATE_TEST_SUITE_P(
     All, ProgramHeard,
-    testing::Values(cHeard{"nothing", [](const tText&) { return tText(); }, "nothing\n", "powered"},
-                    cHeard{"garbage", [](const tText&) { return tText("\x80\xfe\x11"); },
-                           "garbage (", "another speed"},
-                    cHeard{"otherDevice", [](const tText&) { return tText("$GPGGA,1\r\n"); },
+    testing::Values(cHeard{"otherDevice", [](const tText&) { return tText("$GPGGA,1\r\n"); },
                            "text that is no answer, \"$GPGGA,1\"", "Another kind of device"},
                     cHeard{"bridge", [](const tText& heard) { return heard + "\n"; },
                            "what was sent", "data wires touch"},
@@ -87,26 +85,16 @@ TEST(ProgramSearch, endsInTimeOnALineThatIsNeverSilent) {
   EXPECT_TRUE(holds(program.getErrors(), "Another kind of device"));
 }
 
-TEST(ProgramSearch, endsAtOnceWhereNobodyReads) {
-  const cPtyPair line;
-  cProgram program({"scan", line.getPath()});
-  program.closeOutput();
-  const auto before = std::chrono::steady_clock::now();
-  EXPECT_EQ(program.wait(), 0);
-  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(10)) << "62 for all";
+TEST(ProgramSearch, endsAtOnceByASignalOrWhereNobodyReads) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, 0}) {
+    const cPtyPair line;
+    cProgram program({"scan", line.getPath()});
+    program.waitForError("looking for a sensor");
+    const auto before = std::chrono::steady_clock::now();
+    if (signal == 0) program.closeOutput();
+    program.signal(signal);
+    EXPECT_EQ(program.wait(), 0) << signal;
+    const std::chrono::seconds most(signal == 0 ? 10 : 1);  // of the 62 for all
+    EXPECT_LT(std::chrono::steady_clock::now() - before, most) << signal;
+  }
 }
-
-class ProgramSearchEnd : public testing::TestWithParam<int> {};
-
-TEST_P(ProgramSearchEnd, comesAtOnceByASignal) {
-  const cPtyPair line;
-  cProgram program({"scan", line.getPath()});
-  program.waitForError("looking for a sensor");
-  const auto before = std::chrono::steady_clock::now();
-  program.signal(GetParam());
-  EXPECT_EQ(program.wait(), 0);
-  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(1));
-}
-
-INSTANTIATE_TEST_SUITE_P(All, ProgramSearchEnd, testing::Values(SIGINT, SIGTERM, SIGHUP),
-                         [](const auto& test) { return sigabbrev_np(test.param); });

@@ -73,11 +73,6 @@ TEST(ProgramView, ofOneRowIsItsStatus) {
   EXPECT_TRUE(holds(result.output, " | SCIP 2.0 | 115200 bits/s | "));
 }
 
-TEST(ProgramView, onceTellsTheOldDialect) {
-  const cSimSensor sensor(unpaced(eSimModel::SHORT_RANGE, eSimDialect::SCIP1));
-  EXPECT_TRUE(holds(runProgram({"view", "--once", sensor.getPath()}).output, "| SCIP 1.x |"));
-}
-
 TEST(ProgramView, onceOnATerminalHasColoursUnlessTheyAreUnwanted) {
   const cResult coloured = runProgram({"view", "--once", "sim:"}, onTerminal());
   EXPECT_EQ(coloured.status, 0);
