@@ -89,9 +89,9 @@ TEST(ProgramSearch, endsAtOnceByASignalOrWhereNobodyReads) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, 0}) {
     const cPtyPair line;
     cProgram program({"scan", line.getPath()});
-    program.waitForError("looking for a sensor");
-    const auto before = std::chrono::steady_clock::now();
     if (signal == 0) program.closeOutput();
+    if (signal != 0) program.waitForError("looking for a sensor");
+    const auto before = std::chrono::steady_clock::now();
     program.signal(signal);
     EXPECT_EQ(program.wait(), 0) << signal;
     const std::chrono::seconds most(signal == 0 ? 10 : 1);  // of the 62 for all
