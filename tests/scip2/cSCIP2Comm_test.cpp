@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <set>
 
 #include "tests/scip2/cCommRig.h"
 #include "tests/support/cCaseName.h"
+#include "tests/support/driving.h"
 
 namespace {
 
@@ -16,6 +18,13 @@ bool waitUntilComplete(cSCIP2RecordListener& listener) {
   const auto deadline = std::chrono::steady_clock::now() + cPtyPair::PATIENCE;
   while (!listener.isComplete() && std::chrono::steady_clock::now() < deadline) usleep(200);
   return listener.isComplete();
+}
+
+bool isAsleep(pid_t thread) {
+  std::ifstream stat("/proc/self/task/" + std::to_string(thread) + "/stat");
+  std::string text;
+  std::getline(stat, text);
+  return text.find(") S ") != std::string::npos;
 }
 
 TEST(Comm, tagsEachLineAndReusesACompleteListener) {
@@ -95,8 +104,8 @@ TEST(Comm, waitsByTagForARequestThatIsUnanswered) {
   EXPECT_LT(measure([&] { EXPECT_FALSE(rig.comm.waitRecord(2, PATIENCE)); }), PATIENCE);
   EXPECT_GE(measure([&] { EXPECT_FALSE(rig.comm.waitRecord(1, 60)); }), 60);
   EXPECT_FALSE(rig.comm.waitRecord(listener, 0));
-  std::thread sensor([&rig] {
-    usleep(20000);
+  std::thread sensor([&rig, caller = gettid()] {
+    EXPECT_TRUE(eventually([caller] { return isAsleep(caller); })) << "in its wait";
     rig.cable.send(answer("VV;1"));
   });
   EXPECT_TRUE(rig.comm.waitRecord(1, PATIENCE));

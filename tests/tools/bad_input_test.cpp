@@ -54,8 +54,6 @@ INSTANTIATE_TEST_SUITE_P(
         cBadInput{"stepAbove", {"scan", "--last", "726"}, 1, "from 44 to 725", true},
         cBadInput{"noDistance", {"scan", "--max-distance", "0"}, 1, "above 0"},
         cBadInput{"readings43", {"scan", "--last", "86"}, 1, "one step more or fewer", true},
-        cBadInput{"unwritableFile", {"scan", "-o", "/nowhere/scans"}, 1, "/nowhere/scans"},
-        cBadInput{"folderAsFile", {"scan", "-o", "/tmp"}, 1, "Is a directory"},
         cBadInput{"oneFileForBoth", {"scan", "-o", "/tmp/x", "--plot", "/tmp/./x"}, 1, "are both"},
         cBadInput{"impossibleSpeed", {"sim", "--speed", "12345"}, 1, "12345"}),
     cCaseName());

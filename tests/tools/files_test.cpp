@@ -103,33 +103,27 @@ TEST_P(ProgramFile, replacesWhatALinkLeadsToAndKeepsItsPermissions) {
   EXPECT_EQ(countIn(folder), 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ProgramFile, testing::Values("-o", "--plot"));
-
-// Renaming asks the folder alone: would catch a file replaced that its owner protects.
-TEST_P(ProgramFile, isRefusedAtOnceWhereItIsReadOnly) {
+// Renaming asks the folder alone: would catch a file replaced that its owner protects, and a device
+// that is taken away from everybody.
+TEST_P(ProgramFile, isRefusedAtOnceWhereItCannotBeReplaced) {
   const cTempFolder folder;
   const std::string file = folder / "precious";
+  const std::string pipe = folder / "pipe";
   std::ofstream(file) << "older";
   fs::permissions(file, fs::perms::owner_read | fs::perms::others_read);
   fs::permissions(folder / "", fs::perms::all);
-  const std::vector<std::string> arguments{"scan", "sim:", GetParam(), file};
-  const cResult result = geteuid() == 0 ? runAsNobody(arguments) : runProgram(arguments);
-  EXPECT_EQ(result.status, 1);
-  EXPECT_TRUE(holds(result.errors, "cannot write to " + file));
-  EXPECT_FALSE(holds(result.errors, "looking for a sensor"));
-  EXPECT_EQ(readFile(file), "older");
-}
-
-// Renaming over a device would take it away from everybody.
-TEST(ProgramPlot, isRefusedAtOnceWhereItCannotBeAFile) {
-  const cTempFolder folder;
-  const std::string pipe = folder / "pipe";
-  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-  for (const std::string& path : {pipe, folder / "", folder / "no/plot.svg"}) {
-    const cResult result = runProgram({"scan", "sim:", "--plot", path});
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0644), 0);
+  std::vector<std::string> paths{file, folder / "", folder / "none/file"};
+  if (GetParam() == std::string("--plot")) paths.push_back(pipe);
+  for (const std::string& path : paths) {
+    const std::vector<std::string> arguments{"scan", "sim:", GetParam(), path};
+    const cResult result = geteuid() == 0 ? runAsNobody(arguments) : runProgram(arguments);
     EXPECT_EQ(result.status, 1) << path;
-    EXPECT_FALSE(holds(result.errors, "looking for a sensor"));
     EXPECT_TRUE(holds(result.errors, "cannot write to " + path));
+    EXPECT_FALSE(holds(result.errors, "looking for a sensor"));
   }
+  EXPECT_EQ(readFile(file), "older");
   EXPECT_TRUE(fs::is_fifo(pipe));
 }
+
+INSTANTIATE_TEST_SUITE_P(All, ProgramFile, testing::Values("-o", "--plot"));
