@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <regex>
 
 #include "tests/docs/cDocument.h"
 
@@ -21,39 +22,30 @@ std::vector<std::string> documented(const std::string& program) {
   return commands;
 }
 
-void replace(std::string& text, const std::string& what, const std::string& by) {
-  const std::size_t at = text.find(what);
-  if (at != std::string::npos) text.replace(at, what.size(), by);
-}
-
 /// The same command where there is no sensor, in a folder of its own, and with an end.
 std::string adapted(std::string command, const cTempFolder& folder) {
-  replace(command, "/dev/ttyACM0", "sim:");
-  replace(command, "-n 0", "-n 3");
-  replace(command, "view sim:", "view sim: --once");
-  replace(command, "/tmp/sensor", folder / "sensor");
-  replace(command, " &", "");
+  for (const auto& [written, instead] :
+       std::vector<std::pair<const char*, std::string>>{{"/dev/ttyACM0", "sim:"},
+                                                        {"-n 0", "-n 3"},
+                                                        {"view sim:", "view sim: --once"},
+                                                        {"/tmp/sensor", folder / "sensor"},
+                                                        {" &", ""}}) {
+    command = std::regex_replace(command, std::regex(written), instead);
+  }
   return "cd " + (folder / "") + " && PATH=" PROGRAM_FOLDER ":$PATH && exec " + command;
 }
 
-cStart shell() {
-  cStart start;
-  start.path = "/bin/sh";
-  return start;
-}
-
-bool isMissing(const std::string& program) {
-  return runProgram({"-c", "command -v " + program}, shell()).status != 0;
-}
+cStart shell() { return {{}, eSetting::PIPES, "/bin/sh"}; }
 
 }  // namespace
 
 TEST(DocumentedCommandTest, DoesWithASimulatedSensorWhatItSays) {
+  const bool isJqMissing = runProgram({"-c", "command -v jq"}, shell()).status != 0;
   const auto commands = documented("tarvolink ");
   EXPECT_GE(commands.size(), 10u) << "the commands were not found";
   for (const std::string& command : commands) {
     SCOPED_TRACE(command);
-    if (command.find("| jq") != std::string::npos && isMissing("jq")) continue;
+    if (isJqMissing && command.find("| jq") != std::string::npos) continue;
     const cTempFolder folder;
     cProgram program({"-c", adapted(command, folder)}, shell());
     if (command.rfind("tarvolink sim ", 0) == 0) {  // goes on until it is told to stop

@@ -16,33 +16,11 @@ constexpr std::size_t MEMORY = 1 << 16;  // buffers of the C++ library
 constexpr std::size_t LOGGED = 128;      // what the sensor remembers of a command or scan
 constexpr double SANITIZED = IS_SANITIZED ? 10 : 1;  // times the CPU
 
-std::set<int> getThreads() {
-  std::set<int> threads;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task"))
-    threads.insert(std::stoi(entry.path().filename()));
-  return threads;
-}
-
 long countDescriptors() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
-/// What pthread_getcpuclockid would say of another thread, by its number; 0 if it has ended.
-double getCpuSeconds(int thread) {
-  timespec used = {};
-  const auto clock = static_cast<clockid_t>((~static_cast<unsigned>(thread) << 3) | 6U);
-  return clock_gettime(clock, &used) == 0
-             ? static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) / 1e9
-             : 0;
-}
-
 }  // namespace
-
-std::set<int> getOtherThreads() {
-  std::set<int> threads = getThreads();
-  threads.erase(gettid());
-  return threads;
-}
 
 std::size_t countAllocated() {
   const struct mallinfo2 info = mallinfo2();
@@ -51,7 +29,6 @@ std::size_t countAllocated() {
 
 cFaultOracle::cFaultOracle(const cSimSensor& sensed)
     : sensor(sensed),
-      others(getOtherThreads()),
       descriptors(countDescriptors()),
       threads(countThreads()),
       memory(countAllocated()) {}
@@ -63,22 +40,15 @@ cFaultOracle::~cFaultOracle() {
   EXPECT_LE(countAllocated(), memory + MEMORY + LOGGED * (count.commands + count.scans));
 }
 
-double cFaultOracle::getLibrarySeconds() const {
-  double seconds = 0;
-  for (const int thread : getThreads())
-    if (others.count(thread) == 0) seconds += getCpuSeconds(thread);
-  return seconds;
-}
-
 void cFaultOracle::during(const char* what, int milliseconds, const std::function<void()>& action) {
   const double starved = getStarvedSeconds();
-  const double used = getLibrarySeconds();
+  const double used = getProcessorSeconds();
   const auto begin = cClock::now();
   action();
   const double took = std::chrono::duration<double, std::milli>(cClock::now() - begin).count();
   const double patience = SLACK + 1e3 * std::max(getStarvedSeconds() - starved, 0.0);
   EXPECT_LE(took, milliseconds + patience) << what << " came back too late";
-  EXPECT_LE(getLibrarySeconds() - used, SANITIZED * (BEGINNING + CORE * took / 1e3))
+  EXPECT_LE(getProcessorSeconds() - used, SANITIZED * (BEGINNING + CORE * took / 1e3))
       << what << " took too much of a core in " << took << " ms";
 }
 

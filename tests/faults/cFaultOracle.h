@@ -1,7 +1,5 @@
 #pragma once
 
-#include <set>
-
 #include "tests/support/driving.h"
 
 // What every fault test asks for, and the waits that its calls may take, in milliseconds.
@@ -32,7 +30,7 @@ class cFaultOracle {
   ~cFaultOracle();
 
   /// `action` ends within so many milliseconds (and 100, and what this process waited for a
-  /// processor), and the caller and the library's threads use less than 5 % of a core meanwhile.
+  /// processor), and all threads, the sensor's too, use less than 5 % of a core meanwhile.
   void during(const char* what, int milliseconds, const std::function<void()>& action);
 
   /// Whether a scan is one that was sent after those judged before. Counted as true, as told (its
@@ -53,18 +51,12 @@ class cFaultOracle {
   int lies = 0;
 
  private:
-  double getLibrarySeconds() const;
-
   const cSimSensor& sensor;
-  const std::set<int> others;  // threads that are not the library's
   const long descriptors;
   const int threads;
   const std::size_t memory;
   std::size_t next = 0;  // the first scan sent that may still come
 };
-
-/// This process's threads but the caller's.
-std::set<int> getOtherThreads();
 
 /// Bytes allocated in this process; 0 under a sanitizer, which has an allocator of its own.
 std::size_t countAllocated();

@@ -226,15 +226,15 @@ TEST(cFlippedBit, OfScip1EndsNoProcess) {
 
 // Would catch: memory that grows with what a line that babbles says.
 TEST(cEndless, CostsNoMemory) {
-  const std::string line(1 << 16, 'o');
+  const std::string line(1 << 19, 'o');
   std::string body = line;
   for (std::size_t i = 63; i < body.size(); i += 64) body[i] = '\n';
   cFaultRig rig(paced());
   rig.scan();
   const std::size_t before = countAllocated();
-  for (int piece = 0; piece < 144; ++piece) {  // a line of 8 MB and a body of 1 MB
+  for (int piece = 0; piece < 18; ++piece) {  // a line of 8 MB and a body of 1 MB
     const std::uint64_t written = rig.sensor.getCounters().bytesWritten;
-    rig.sensor.say(piece < 128 ? line : body);  // only so much may wait to leave
+    rig.sensor.say(piece < 16 ? line : body);  // only so much may wait to leave
     ASSERT_TRUE(rig.sensor.waitFor(&cSimCounters::bytesWritten, written + line.size(), LONG_TIME));
     EXPECT_LE(countAllocated(), before + (1 << 20));
     rig.oracle.take(rig.face);

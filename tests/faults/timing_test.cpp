@@ -72,13 +72,18 @@ TEST_P(cBothDialects, BearAStormOfSignals) {
   const itimerval storm = {{0, 1000}, {0, 1000}};
   setitimer(ITIMER_REAL, &storm, nullptr);
   iSCIP2IF& face = create();
+  sigset_t alarm;
+  sigemptyset(&alarm);
+  sigaddset(&alarm, SIGALRM);
+  pthread_sigmask(SIG_BLOCK, &alarm, nullptr);  // so that the worker gets them
   EXPECT_GE(startScan(face), 0);
-  while (oracle.truths < 20 && !HasFailure()) oracle.expectTrueScan(face);
+  while (oracle.truths < 100 && !HasFailure()) oracle.expectTrueScan(face);
+  pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
   sensor.setFault(eSimFault::STALL);
   expectWait(face);
   const itimerval calm = {};
   setitimer(ITIMER_REAL, &calm, nullptr);
-  EXPECT_EQ(oracle.told + oracle.lies, 0);
+  EXPECT_EQ(oracle.truths, static_cast<int>(sensor.getCounters().scans));
 }
 
 // Would catch: a wait that ends an hour late, or at once, or a period that is made up for.
@@ -91,7 +96,7 @@ TEST_P(cBothDialects, BearAWallClockThatIsSet) {
     const auto begin = cClock::now();
     const std::size_t before = sensor.getCommands().size();
     shim::stepWallClock(step);
-    for (int scan = 0; scan < 3; ++scan) oracle.expectTrueScan(face);
+    for (int scan = 0; scan < 5; ++scan) oracle.expectTrueScan(face);
     const auto asked = static_cast<long>(sensor.getCommands().size() - before);
     EXPECT_LE(asked, (cClock::now() - begin) / std::chrono::milliseconds(PERIOD) + 2);
   }

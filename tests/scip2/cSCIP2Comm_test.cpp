@@ -7,7 +7,6 @@
 #include <set>
 
 #include "tests/scip2/cCommRig.h"
-#include "tests/support/cCaseName.h"
 #include "tests/support/driving.h"
 
 namespace {
@@ -48,55 +47,58 @@ TEST(Comm, pairsUntaggedAnswersByTwoLettersAndDropsTheRest) {
   EXPECT_FALSE(parameters->hasRecords());
 }
 
-// Records of an endless scan stand between the answers to everything else.
-TEST(Comm, servesRequestsWhileAnEndlessOneGoesOn) {
-  const std::string scan = cScriptedPeer::respond("MD;1", "99", "data\n");
-  cCommRig rig([scan](const std::string& line) { return answer(line) + scan + scan; });
-  cSCIP2RecordListener* const stream = rig.comm.sendRequest("MD", -1);
-  for (int i = 2; i < 20; ++i) {
-    cSCIP2RecordListener* const single = rig.comm.sendRequest("VV", 1);
-    ASSERT_NE(single, stream);
-    EXPECT_EQ(takeEcho(single), "VV;" + std::to_string(i));
-  }
-  EXPECT_EQ(stream->waitRecord(PATIENCE)->status, "00");
-  for (int i = 0; i < 38; ++i) ASSERT_EQ(stream->waitRecord(PATIENCE)->body, "data\n");
-  EXPECT_FALSE(stream->isComplete());
-}
-
-struct cStatus {
-  const char* name;
-  const char* line;
-  int error;
-  const char* left;
-};
-
-class CommStatus : public testing::TestWithParam<cStatus> {};
-
 // Would catch a status that cannot be trusted taken for a success, or ending the thread.
-TEST_P(CommStatus, isCheckedAndStripped) {
-  cCommRig rig([](const std::string& line) {
-    return line + "\n" + (line == "BM;1" ? GetParam().line : "00P") + "\nbody\n\n";
-  });
-  const auto record = rig.comm.sendRequest("BM", 1)->waitRecord(PATIENCE);
-  ASSERT_TRUE(record);
-  EXPECT_EQ(record->error, GetParam().error);
-  EXPECT_EQ(record->status, GetParam().left);
-  EXPECT_EQ(record->body, "body\n");
-  {
-    boost::mutex::scoped_lock guard(rig.link->mutex);
-    EXPECT_EQ(rig.link->record.status, GetParam().line) << "the link's stays as received";
+TEST(Comm, checksTheStatusAndStripsIt) {
+  struct cRow {
+    std::string line;
+    int error;
+    const char* left;
+  };
+  for (const cRow& row : {cRow{"00P", 0, "00"}, cRow{"0Ee", 0, "0E"}, cRow{"00Q", 0x10, "00"},
+                          cRow{"0", 0x10, "0"}, cRow{"", 0x10, ""}, cRow{"00P\r", 0x10, "00P"}}) {
+    cCommRig rig([&row](const std::string& line) {
+      return line + "\n" + (line == "BM;1" ? row.line : "00P") + "\nbody\n\n";
+    });
+    const auto record = rig.comm.sendRequest("BM", 1)->waitRecord(PATIENCE);
+    ASSERT_TRUE(record) << row.line;
+    EXPECT_EQ(record->error, row.error) << row.line;
+    EXPECT_EQ(record->status, row.left);
+    EXPECT_EQ(record->body, "body\n");
+    {
+      boost::mutex::scoped_lock guard(rig.link->mutex);
+      EXPECT_EQ(rig.link->record.status, row.line) << "the link's stays as received";
+    }
+    EXPECT_EQ(rig.comm.sendRequest("QT", 1)->waitRecord(PATIENCE)->error, 0);
   }
-  EXPECT_EQ(rig.comm.sendRequest("QT", 1)->waitRecord(PATIENCE)->error, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Comm, CommStatus,
-                         testing::Values(cStatus{"good", "00P", 0, "00"},
-                                         cStatus{"refusal", "0Ee", 0, "0E"},
-                                         cStatus{"badSum", "00Q", 0x10, "00"},
-                                         cStatus{"oneCharacter", "0", 0x10, "0"},
-                                         cStatus{"empty", "", 0x10, ""},
-                                         cStatus{"carriageReturn", "00P\r", 0x10, "00P"}),
-                         cCaseName());
+// Would catch a sum taken over the wrong part of a line, or that is not stripped.
+TEST(Comm, validatesLinesAndStripsTheSum) {
+  struct cRow {
+    std::string line;
+    bool hasSemicolon, isValid;
+    std::string left;
+  };
+  const auto sum = [](const std::string& text) { return std::string(1, cScriptedPeer::sum(text)); };
+  const std::string high = "\x80\xFF\xE9";
+  const std::string nuls(2, '\0');
+  for (const cRow& row :
+       {cRow{"00P\n", false, true, "00"}, cRow{"00P\n\n", false, false, "00P"},
+        cRow{"99b", false, true, "99"}, cRow{"0P", false, false, "0P"},
+        cRow{"P\n", false, false, "P"}, cRow{"ABC;" + sum("ABC"), true, true, "ABC"},
+        cRow{"ABC" + sum("ABC"), true, true, "ABC"},
+        cRow{"ABC;" + sum("ABC;"), false, true, "ABC;"},
+        cRow{"ABC;" + sum("ABC;"), true, false, "ABC"}, cRow{"A;C" + sum("A;C"), true, true, "A;C"},
+        cRow{high + sum(high), false, true, high}, cRow{"00\xD0", false, false, "00"},
+        cRow{nuls + "0", false, true, nuls}}) {
+    std::string line = row.line;
+    EXPECT_EQ(cSCIP2Comm::validateLine(line, row.hasSemicolon), row.isValid) << row.line;
+    EXPECT_EQ(line, row.left);
+  }
+  for (std::string line : {"", "\n"}) {
+    EXPECT_THROW(cSCIP2Comm::validateLine(line, false), std::out_of_range);
+  }
+}
 
 TEST(Comm, waitsByTagForARequestThatIsUnanswered) {
   cCommRig rig(keepSilent);

@@ -7,7 +7,6 @@
 
 #include "tarvolink/scip2/cSensorDriverSCIP2.h"
 #include "tests/scip/cRig.h"
-#include "tests/support/cCaseName.h"
 
 namespace {
 
@@ -64,44 +63,33 @@ TEST(Callers, aLateAnswerSpoilsOneExchangeOnly) {
   EXPECT_EQ(spoiled, 1);
 }
 
-struct cStart {
-  const char* name;
-  const char* status;  // of the acknowledgement; empty: there is none
-  int scans;
-  const char* complaint;
-};
-
-class FailedStart : public testing::TestWithParam<cStart> {};
-
 // Would catch scans of a start that failed in the next caller's answers, or growing for ever.
-TEST_P(FailedStart, keepsNoneOfItsRecords) {
-  const cStart& start = GetParam();
-  std::string first;
-  cRig rig([&start, first](const std::string& line) mutable {
-    if (line.substr(0, 2) == "MD") {
-      first = line;
-      return start.status[0] == 0 ? "" : cScriptedPeer::respond(line, start.status);
-    }
-    return makeScan(first) + makeScan(first) + answer(line);
-  });
-  cSensorDriverSCIP2 driver(rig.link);
-  driver.start();
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(driver.startScan(0, 768, 1, 0, start.scans, 4096), -1);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), start.complaint);
-  EXPECT_FALSE(driver.isScanning());
-  for (int i = 0; i < 6; ++i) EXPECT_TRUE(isAnswered(driver, "VV"));
+TEST(Callers, aFailedStartKeepsNoneOfItsRecords) {
+  struct cRow {
+    const char* status;  // of the acknowledgement; empty: there is none
+    int scans;
+    const char* complaint;
+  };
+  constexpr const char* REFUSED = " startScan:: scip2Status:1\n startScan:: error??\n";
+  constexpr const char* EXTENDED = " startScan:: scip2ExtStatus:0E\n startScan:: error??\n";
+  constexpr const char* UNANSWERED = " startScan:: comm error??\n";
+  for (const auto& [status, scans, complaint] :
+       {cRow{"01", 0, REFUSED}, cRow{"01", 1, REFUSED}, cRow{"0E", 2, EXTENDED},
+        cRow{"", 0, UNANSWERED}, cRow{"", 1, UNANSWERED}}) {
+    cRig rig(
+        [first = std::string(), answered = std::string(status)](const std::string& line) mutable {
+          if (line.substr(0, 2) != "MD") return makeScan(first) + makeScan(first) + answer(line);
+          first = line;
+          return answered.empty() ? "" : cScriptedPeer::respond(line, answered);
+        });
+    cSensorDriverSCIP2 driver(rig.link);
+    driver.start();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(driver.startScan(0, 768, 1, 0, scans, 4096), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), complaint);
+    EXPECT_FALSE(driver.isScanning());
+    for (int i = 0; i < 6; ++i) EXPECT_TRUE(isAnswered(driver, "VV")) << status << " " << scans;
+  }
 }
-
-constexpr const char* REFUSED = " startScan:: scip2Status:1\n startScan:: error??\n";
-constexpr const char* EXTENDED = " startScan:: scip2ExtStatus:0E\n startScan:: error??\n";
-
-INSTANTIATE_TEST_SUITE_P(
-    Callers, FailedStart,
-    testing::Values(cStart{"refused", "01", 0, REFUSED}, cStart{"refusedCounted", "01", 1, REFUSED},
-                    cStart{"unknown", "0E", 2, EXTENDED},
-                    cStart{"unanswered", "", 0, " startScan:: comm error??\n"},
-                    cStart{"unansweredCounted", "", 1, " startScan:: comm error??\n"}),
-    cCaseName());
 
 }  // namespace
