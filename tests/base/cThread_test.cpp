@@ -121,11 +121,13 @@ struct cUnstopped : kavTBX::cThread {
   void threadFunc() override {
     bool& hasEnded = end;
     setFinishing();
+    entered.unblock();
     kavTBX::cBSync().wait_and_reset(50);  // for a fault to show
     hasEnded = true;
   }
   void threadFinReq() override {}
 
+  kavTBX::cBSync entered;
   bool& end;
 };
 
@@ -134,6 +136,7 @@ TEST(Thread, isJoinedByItsDestructor) {
   {
     cUnstopped thread(hasEnded);
     thread.run();
+    thread.entered.wait();  // there is nothing to call in what is half destroyed
   }
   EXPECT_TRUE(hasEnded);
 }
