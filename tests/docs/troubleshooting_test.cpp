@@ -6,9 +6,10 @@
 #include <regex>
 
 #include "sim/tarvosim.h"
-#include "tests/docs/cDocument.h"
 #include "tests/support/cCaseName.h"
 #include "tests/support/cPtyPair.h"
+#include "tests/tools/cProgram.h"
+#include "tests/tools/cTempFolder.h"
 
 namespace {
 
