@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/cOutput.h"
+#include "tools/cReaderWatch.h"
 #include "tools/cSensor.h"
 #include "tools/deviceOptions.h"
 #include "tools/printable.h"
@@ -81,6 +82,7 @@ void cInfoCommand::run() {
   const cDeviceName name(wish);
   cStop stop;
   cOutput output("", stop);
+  const cReaderWatch reader(output, stop);
   const cSensor sensor(name, stop);
   const auto facts = factsOf(name.getText(), sensor);
   output.write(json ? toJson(facts) : toText(facts));

@@ -7,6 +7,7 @@
 
 #include "tools/cFailure.h"
 #include "tools/cOutput.h"
+#include "tools/cReaderWatch.h"
 #include "tools/cSensor.h"
 #include "tools/cSerialDevice.h"
 #include "tools/notice.h"
@@ -101,10 +102,11 @@ cListCommand::cListCommand(CLI::App& app)
 void cListCommand::run() {
   cStop stop;
   cOutput output("", stop);
+  const cReaderWatch reader(output, stop);
   auto array = nlohmann::ordered_json::array();
   const auto devices = cSerialDevice::all();
   for (const cSerialDevice& device : devices) {
-    if (output.isOver()) return;
+    if (stop.isRequested()) return;
     const bool isFree = device.getAccess().mayOpen() && device.getHolders().empty();
     cRow row{device, {}};
     if (isProbing && isFree) row.finding = probe(device.getPath(), stop);

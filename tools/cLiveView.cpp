@@ -38,7 +38,7 @@ void cLiveView::drawOnce(cOutput& output, const cStop& stop) {
 void cLiveView::run(cOutput& output, cStop& stop) {
   palette = cPalette(terminalColours());
   cTerminal terminal(output, stop);
-  while (!isOver && !output.isOver() && !stop.isRequested()) {
+  while (!isOver && !stop.isRequested()) {
     showIfDue(terminal, cTerminalSize::of(output.getDescriptor()));
     take(KEY_MS);
     for (const char key : terminal.takeKeys()) press(key);

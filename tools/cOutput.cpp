@@ -92,12 +92,6 @@ bool cOutput::isTerminal() const { return isatty(getDescriptor()) != 0; }
 
 int cOutput::getDescriptor() const { return file ? file->getDescriptor() : direct.get(); }
 
-bool cOutput::isOver() {
-  // A pipe's writing end shows POLLERR once nobody reads it any more, also between two writes.
-  if (!over && !isReplacing) over = (waitFor(0) & (POLLERR | POLLHUP)) != 0;
-  return over;
-}
-
 /// What holds of the descriptor at once, or after waiting for room; 0: nothing yet.
 short cOutput::waitFor(int milliseconds) const {
   pollfd descriptor{getDescriptor(), POLLOUT, 0};

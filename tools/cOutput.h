@@ -26,8 +26,8 @@ class cOutput {
   cOutput& operator=(const cOutput&) = delete;
 
   /// Writes all of `text`. Once the reader has closed its end (EPIPE, or EIO of a terminal), or
-  /// when a stop is requested while the reader takes nothing, the rest is given up: see `isOver`.
-  /// Throws `cFailure` on any other error.
+  /// when a stop is requested while the reader takes nothing, the rest is given up, and all that
+  /// comes later: see `cReaderWatch`. Throws `cFailure` on any other error.
   void write(std::string_view text);
 
   /// Puts a file in its place; nothing may be written afterwards. Throws `cFailure` when it cannot.
@@ -46,9 +46,6 @@ class cOutput {
 
   /// The descriptor that is written to, for what terminals are asked besides. Its owner is this.
   int getDescriptor() const;
-
-  /// True when nobody takes the data any more: a normal end for the program.
-  bool isOver();
 
  private:
   short waitFor(int milliseconds) const;

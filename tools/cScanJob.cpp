@@ -21,7 +21,7 @@ constexpr std::chrono::milliseconds PROGRESS_PAUSE{200};
 }  // namespace
 
 cScanJob::cScanJob(const cScanOrder& given, const cDeviceName& device, cStop& ender)
-    : order(given), name(device), stop(ender), output(order.file, stop) {}
+    : order(given), name(device), stop(ender), output(order.file, stop), reader(output, stop) {}
 
 void cScanJob::run() {
   const cStop::cFarewell farewell(stop, [this] { finishSuddenly(); });
@@ -83,8 +83,6 @@ void cScanJob::takeFrom(const cSensor& sensor) {
     trouble.say();  // now, since to stop a sensor that is silent takes its time
     throw;
   }
-  // A reader who has had enough is an end like a signal's: not to be held up by the sensor.
-  if (output.isOver()) stop.request();
 }
 
 void cScanJob::takeFrom(cScanRun& scans, const iScanFormat& rows) {
@@ -110,7 +108,7 @@ void cScanJob::handOut(boost::shared_ptr<cScan> scan, const iScanFormat& rows) {
 bool cScanJob::isDone() {
   const std::lock_guard<std::mutex> lock(finishing);
   const auto count = static_cast<std::size_t>(order.wanted);
-  return (count != 0 && tally.meter.getTotal() >= count) || stop.isRequested() || output.isOver();
+  return (count != 0 && tally.meter.getTotal() >= count) || stop.isRequested();
 }
 
 /// In another thread, when a signal ends the process while the job's own searches or waits for the

@@ -7,6 +7,7 @@
 #include "tools/cDeviceName.h"
 #include "tools/cFailure.h"
 #include "tools/cOutput.h"
+#include "tools/cReaderWatch.h"
 #include "tools/cScanRange.h"
 #include "tools/cScanRun.h"
 #include "tools/cStatusLine.h"
@@ -54,6 +55,7 @@ class cScanJob {
   const cDeviceName& name;
   cStop& stop;
   cOutput output;
+  const cReaderWatch reader;
   cTally tally;
   cStatusLine progress;
   std::string saidTrouble;

@@ -4,6 +4,7 @@
 
 #include "tools/cFailure.h"
 #include "tools/cLiveView.h"
+#include "tools/cReaderWatch.h"
 #include "tools/cSummary.h"
 #include "tools/deviceOptions.h"
 #include "tools/rangeOptions.h"
@@ -23,6 +24,7 @@ void cViewCommand::run() {
   const cDeviceName name(where);
   cStop stop;
   cOutput output("", stop);
+  const cReaderWatch reader(output, stop);
   if (!isOnce) checkTerminal(output);
   const cSensor sensor(name, stop);
   const cScanRange range(wish, sensor);

@@ -95,6 +95,7 @@ std::vector<cHolder> holdersOf(const std::string& path) {
   for (std::string line; std::getline(locks, line);) addLocker(line, device, pids);
   pids.erase(getpid());
   std::vector<cHolder> holders;
+  holders.reserve(pids.size());
   for (const pid_t pid : pids) {
     holders.push_back({pid, firstLine(fmt::format("/proc/{}/comm", pid))});
   }

@@ -25,7 +25,7 @@ std::string statusLine(const cViewStatus& status, bool hasScan, std::size_t widt
 }
 
 std::string meaningOf(const cPolarPicture& picture) {
-  const std::string rings = "rings " + metres(picture.getRingStep()) + " apart";
+  std::string rings = "rings " + metres(picture.getRingStep()) + " apart";
   if (picture.getFarther() == 0) return rings;
   return fmt::format("{}, {} points farther off", rings, picture.getFarther());
 }
