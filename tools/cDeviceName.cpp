@@ -34,6 +34,9 @@ cDeviceName::cDeviceName(const cDeviceWish& wish)
     : text(wish.device.empty() ? defaultDevice() : wish.device),
       speed(wish.speed),
       simulated(text.rfind(SIM_PREFIX, 0) == 0) {
+  if (text + ":" == SIM_PREFIX) {
+    throw cFailure(eExit::BAD_INPUT, "a simulated sensor is \"sim:\", with the colon.");
+  }
   if (!simulated) return;
   std::istringstream words(text.substr(SIM_PREFIX.size()));
   for (std::string word; std::getline(words, word, ',');) choose(word);

@@ -18,8 +18,10 @@ cScanCommand::cScanCommand(CLI::App& app) : iCommand(app.add_subcommand("scan", 
   addRangeOptions(*declaration, order.range);
   declaration->add_option("--format", order.format, "table (the default), csv or json")
       ->transform(oneOf(scanFormats()));
-  declaration->add_option("-o", order.file, "Write the scans to FILE instead of standard output");
-  declaration->add_option("--plot", order.plot, "Draw the last scan to FILE, as SVG");
+  declaration->add_option("-o", order.file, "Write the scans to FILE instead of standard output")
+      ->type_name("FILE");
+  declaration->add_option("--plot", order.plot, "Draw the last scan to FILE, as SVG")
+      ->type_name("FILE");
   declaration->add_flag("--reconnect", order.isReconnecting,
                         "When scans stop coming, wait for the device to come back and go on");
 }

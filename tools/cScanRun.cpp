@@ -97,7 +97,7 @@ void cScanRun::waitABit(std::chrono::milliseconds timeOut) {
   const bool wasShort = silence < patience / 2;
   // A process that was stopped (Ctrl-Z) has not waited for the sensor all that time.
   silence += std::min<cClock::duration>(cClock::now() - before, 2 * timeOut);
-  if (wasShort && silence >= patience / 2) answeredHalfway = sensor.getLastRecord().time;
+  if (wasShort && silence >= patience / 2) heardHalfway = sensor.getHeard();
 }
 
 /// A SCIP 1.x scan ends by one answer that fails.
@@ -114,19 +114,19 @@ std::string cScanRun::getTrouble() const {
            "plug.";
   }
   const double waited = std::chrono::duration<double>(patience).count();
-  const cSCIPRecord last = sensor.getLastRecord();
-  if (tally.dropped == droppedBefore && last.time == answeredHalfway) {
+  const bool isDropping = tally.dropped != droppedBefore;
+  if (!isDropping && sensor.getHeard() == heardHalfway) {
     return fmt::format(
         "no scan came for {:.0f} s: the sensor says nothing any more, though its device is there. "
         "Look at its power and its cable.",
         waited);
   }
   return fmt::format(
-      "no good scan came for {:.0f} s, though the sensor sends something: {} were dropped so far, "
-      "and its latest answer has the status {}. Look at the cable and at what 'tarvolink info' "
-      "says "
-      "of the sensor's status, or ask for fewer points (--cluster).",
-      waited, tally.dropped, printable(last.status.substr(0, STATUS_SIZE)));
+      "no good scan came for {:.0f} s, though the sensor sends something: {}, and its latest "
+      "answer has the status {}. Look at the cable and at what 'tarvolink info' says of the "
+      "sensor's status, or ask for fewer points (--cluster).",
+      waited, isDropping ? fmt::format("{} were dropped so far", tally.dropped) : "all is damaged",
+      printable(sensor.getLastRecord().status.substr(0, STATUS_SIZE)));
 }
 
 }  // namespace tool

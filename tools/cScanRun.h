@@ -48,7 +48,7 @@ class cScanRun {
   const std::chrono::duration<double> patience;
   std::chrono::duration<double> silence{0};  // waited since the last good scan
   int droppedBefore = 0;                     // until the last good scan
-  boost::posix_time::ptime answeredHalfway;  // of the latest response in half the patience
+  std::size_t heardHalfway = 0;              // characters until half the patience was over
 };
 
 }  // namespace tool

@@ -38,7 +38,10 @@ class cSensor {
   /// True once the device is gone.
   bool isGone() const { return port.isGone(); }
 
-  /// The latest response's times and texts; of a running scan too.
+  /// Characters received since it was looked for at its line speed.
+  std::size_t getHeard() const { return watched->getTraffic().heard; }
+
+  /// The latest response; of a running scan too.
   cSCIPRecord getLastRecord() const;
 
  private:

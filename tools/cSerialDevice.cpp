@@ -17,6 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr auto DEVICES = "TARVOLINK_DEVICES";
+
 bool isThere(const std::string& path) {
   std::error_code error;
   return fs::is_character_file(path, error);
@@ -76,16 +78,27 @@ cSerialDevice::cSerialDevice(const std::string& devicePath)
       holders(holdersOf(path)) {}
 
 std::vector<cSerialDevice> cSerialDevice::all() {
-  const char* const named = std::getenv("TARVOLINK_DEVICES");
+  const char* const named = std::getenv(DEVICES);
   std::vector<cSerialDevice> devices;
   for (const auto& path : named != nullptr ? namedByUser(named) : knownToSystem()) {
-    if (isThere(path)) devices.emplace_back(path);
+    if (isThere(path)) {
+      devices.emplace_back(path);
+    } else if (named != nullptr) {
+      notice(fmt::format("{} names {}, which is no device here", DEVICES, path));
+    }
   }
   return devices;
 }
 
 std::string defaultDevice() {
   const auto devices = cSerialDevice::all();
+  const char* const named = std::getenv(DEVICES);
+  if (devices.empty() && named != nullptr && *named != '\0') {
+    throw cFailure(eExit::BAD_INPUT,
+                   fmt::format("no DEVICE given, and none of those that {} names is here. Plug it "
+                               "in, or give PATH:PATH... of others.",
+                               DEVICES));
+  }
   if (devices.empty()) {
     notice("no DEVICE given and no serial device here: using the simulated sensor sim:");
     return "sim:";

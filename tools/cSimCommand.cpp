@@ -66,9 +66,15 @@ cSimCommand::cSimCommand(CLI::App& app)
           "A fault that it has from the start; may be given several times")
       ->type_name("NAME[=VALUE]")
       ->allow_extra_args(false);
-  declaration->add_option("--only", only,
-                          "What the faults harm: scan, answer, or what records begin with, as VV "
-                          "(default: all)");
+  declaration
+      ->add_option("--only", only,
+                   "What the faults harm: scan, answer, or what records begin with, as VV "
+                   "(default: all)")
+      ->check([](const std::string& word) {
+        const bool isKnown =
+            word == "scan" || word == "answer" || (word[0] >= 'A' && word[0] <= 'Z');
+        return isKnown ? "" : "\"" + word + "\" is not scan, answer or a command as VV";
+      });
   declaration->add_flag("--verbose", isVerbose, "Print the commands it hears on standard error");
   declaration->footer(knownFaults());
 }

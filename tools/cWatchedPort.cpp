@@ -79,9 +79,9 @@ void cWatchedPort::endIfOverdue() {
 
 void cWatchedPort::noteReceived(std::string_view characters) {
   const std::lock_guard<std::mutex> lock(mutex);
-  if (!isWatching) return;
-  appendSome(traffic[latest].received, characters);
+  if (traffic.empty()) return;
   traffic[latest].heard += characters.size();
+  if (isWatching) appendSome(traffic[latest].received, characters);
 }
 
 void cWatchedPort::noteSent(std::string_view characters) {

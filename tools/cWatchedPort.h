@@ -16,7 +16,7 @@ struct cTraffic {
   int speed = 0;              ///< bits per second
   std::string sent{};         ///< the first 4 KiB
   std::string received{};     ///< the first 4 KiB
-  std::size_t heard = 0;      ///< characters received in all
+  std::size_t heard = 0;      ///< characters received in all, also after the last watch
   std::string lastCommand{};  ///< without its tag; "": none since it is watched
 
   /// True while it is asked in SCIP 1.x.
@@ -35,7 +35,7 @@ class cWatchedPort : public kavTBX::basic_portbuf<char> {
   /// What passes from now on belongs to `speed`, with what passed at it before. Any thread.
   void watch(int speed);
 
-  /// Looks away: nothing is noted any more. Any thread.
+  /// Looks away: from now on it only counts what is heard. Any thread.
   void ignore();
 
   /// What passed at the speed that is watched, or was last. Any thread.

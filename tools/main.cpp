@@ -37,10 +37,17 @@ std::string exitStatuses() {
          row(tool::eExit::SCANS_STOPPED, "a running scan dried up");
 }
 
+std::string usageError(const CLI::App* app, const CLI::Error& error) {
+  std::string command = app->get_name();
+  for (const CLI::App* chosen : app->get_subcommands()) command += " " + chosen->get_name();
+  return "tarvolink: " + std::string(error.what()) + "\nSee '" + command + " --help'.\n";
+}
+
 int parseAndRun(int argc, char** argv) {
   CLI::App app("Finds laser range finders on serial lines and takes their scans.", "tarvolink");
   app.set_version_flag("--version", "tarvolink " TARVOLINK_VERSION);
   app.footer(exitStatuses());
+  app.failure_message(usageError);
   app.require_subcommand(0, 1);  // none is told below, after a misspelt one
   std::vector<std::unique_ptr<tool::iCommand>> commands;
   commands.push_back(std::make_unique<tool::cListCommand>(app));
@@ -50,7 +57,8 @@ int parseAndRun(int argc, char** argv) {
   commands.push_back(std::make_unique<tool::cSimCommand>(app));
   try {
     app.parse(argc, argv);
-    if (app.get_subcommands().empty()) throw CLI::RequiredError("A subcommand");
+    if (app.get_subcommands().empty())
+      throw CLI::RequiredError("A subcommand (list, info, scan, view or sim)");
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : static_cast<int>(tool::eExit::USAGE);
   }

@@ -137,4 +137,7 @@ TEST(ProgramDefault, isTheOnlySerialDeviceButAskedForWhereThereAreSeveral) {
   EXPECT_EQ(several.status, 1);
   const std::string listed = "\n  " + sensor.getPath() + "\n  " + other.getPath() + "\n";
   EXPECT_TRUE(holds(several.errors, listed));
+  const cResult none = runProgram({"info"}, withDevices("/dev/tty-of-nobody"));
+  EXPECT_EQ(none.status, 1) << "simulated data in place of a sensor's";
+  EXPECT_TRUE(holds(none.errors, "TARVOLINK_DEVICES names /dev/tty-of-nobody, which is no device"));
 }

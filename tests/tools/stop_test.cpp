@@ -96,5 +96,8 @@ INSTANTIATE_TEST_SUITE_P(
                  "no scan came for 2 s: the sensor says nothing any more"},
         cTrouble{"wrongSums",
                  [](cSimSensor& sensor) { sensor.setFault(eSimFault::WRONG_SUM, 1, "scan"); },
-                 "its latest answer has the status 99"}),
+                 "sends something: all is damaged, and its latest answer has the status 99"},
+        cTrouble{"cutShort",
+                 [](cSimSensor& sensor) { sensor.setFault(eSimFault::CUT_SHORT, 30, "scan"); },
+                 "sends something: all is damaged"}),
     cCaseName());
