@@ -5,13 +5,22 @@
 
 #include <array>
 #include <cerrno>
+#include <system_error>
 
 namespace tool {
 
+namespace {
+
+int openEvent() {
+  const int fd = eventfd(0, EFD_CLOEXEC);
+  if (fd < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
+  return fd;
+}
+
+}  // namespace
+
 cReaderWatch::cReaderWatch(const cOutput& output, cStop& ender)
-    : stop(ender),
-      over(eventfd(0, EFD_CLOEXEC)),
-      watcher(&cReaderWatch::watch, this, output.getDescriptor()) {}
+    : stop(ender), over(openEvent()), watcher(&cReaderWatch::watch, this, output.getDescriptor()) {}
 
 cReaderWatch::~cReaderWatch() {
   eventfd_write(over.get(), 1);
