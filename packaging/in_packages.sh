@@ -1,4 +1,5 @@
-# Within a bare Debian 12: the packages from installation to purge, and README's first command.
+# Within a bare Debian 12: the packages from installation to purge, host programs and the shipped
+# examples built against them, one of these run on a simulated sensor; and README's first command.
 set -euo pipefail
 cd /root
 packages=(libtarvolink-2.0-0 libtarvolink-2.0-dev tarvolink-tools)
@@ -17,6 +18,16 @@ cmake --build find_package >/dev/null
 find_package/host
 CXX=g++ CXXFLAGS='' tarvolink/tests/packaging/pkg_config.sh \
   "/usr/lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)" /root/by_pkg_config
+
+examples=/usr/share/doc/libtarvolink-2.0-dev/examples
+cmake -G Ninja -S $examples -B by_examples >/dev/null
+cmake --build by_examples >/dev/null
+coproc sensor { exec tarvolink sim --link /root/sensor; }
+pid=$sensor_PID
+read -r -t 60 _ <&"${sensor[0]}"
+by_examples/first_scan /root/sensor
+kill "$pid"
+wait "$pid"
 
 apt-get -qq purge --yes "${packages[@]}" >/dev/null
 while read -r path; do
