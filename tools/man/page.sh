@@ -15,3 +15,7 @@ chmod +x "$command"
 name=$("$command" --help | head -n 1 | sed 's/^./\L&/; s/\.$//')
 help2man --no-info --name="$name" --version-string="$version" --include="$include" \
   --output="$output" "$command"
+
+# help2man dates a page by its month's name, which mandoc cannot read.
+date=$(date -u -d "@${SOURCE_DATE_EPOCH:-$(date +%s)}" +%F)
+sed -i "/^\.TH /s/\"[A-Z][a-z]* [0-9]*\"/\"$date\"/" "$output"
