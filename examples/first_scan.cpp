@@ -15,10 +15,14 @@ int main(int argc, char** argv) {
     std::cerr << "the sensor on " << device << " does not start scanning\n";
     return 1;
   }
-  for (int taken = 0; taken < 5 && scanner.waitScan(2000);)
+  int taken = 0;
+  while (taken < 5 && scanner.waitScan(2000))
     while (auto scan = scanner.getScanFirst())
       std::cout << ++taken << ": " << scan->points.size() << " points, the first "
                 << scan->points.at(0).distance << " mm away\n";
   scanner.stopAll();
   scanner.abortScan();
+  if (taken > 0) return 0;
+  std::cerr << "the sensor on " << device << " sent no scan within 2 s: look at its cable\n";
+  return 1;
 }

@@ -86,6 +86,16 @@ TEST(TwoSensorsTest, TakesScansFromBoth) {
   EXPECT_FALSE(one.isScanning() || other.isScanning());
 }
 
+// Else a script takes silence for success.
+TEST(FirstScanTest, FailsWhereNoScanComes) {
+  cSimSensor sensor(SHORT_RANGE);
+  sensor.setFault(eSimFault::WRONG_SUM, 2, "scan");
+  const cResult result = runProgram({sensor.getPath()}, startOf("first_scan"));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.errors.find("sent no scan"), std::string::npos) << result.errors;
+  EXPECT_FALSE(sensor.isScanning()) << "it was left scanning";
+}
+
 class CleanStopTest : public testing::TestWithParam<int> {};
 
 TEST_P(CleanStopTest, LeavesTheSensorStopped) {
