@@ -4,7 +4,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <regex>
 
 #include "tests/tools/cProgram.h"
 #include "tests/tools/cTempFolder.h"
@@ -77,12 +76,13 @@ std::vector<std::string> documented(const std::string& program) {
 /// The same command where there is no sensor, in a folder of its own, and with an end.
 std::string adapted(std::string command, const cTempFolder& folder) {
   for (const auto& [written, instead] :
-       std::vector<std::pair<const char*, std::string>>{{"/dev/ttyACM0", "sim:"},
+       std::vector<std::pair<std::string, std::string>>{{"/dev/ttyACM0", "sim:"},
                                                         {"-n 0", "-n 3"},
                                                         {"view sim:", "view sim: --once"},
                                                         {"/tmp/sensor", folder / "sensor"},
                                                         {" &", ""}}) {
-    command = std::regex_replace(command, std::regex(written), instead);
+    const std::size_t at = command.find(written);
+    if (at != std::string::npos) command.replace(at, written.size(), instead);
   }
   return "cd " + (folder / "") + " && PATH=" PROGRAM_FOLDER ":$PATH && exec " + command;
 }
