@@ -17,7 +17,7 @@ cmake -G Ninja -S "$host" -B find_package -DWAY=find_package >/dev/null
 cmake --build find_package >/dev/null
 find_package/host
 CXX=g++ CXXFLAGS='' tarvolink/tests/packaging/pkg_config.sh \
-  "/usr/lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)" /root/by_pkg_config
+  "/usr/lib/$(g++ -print-multiarch)" /root/by_pkg_config
 
 examples=/usr/share/doc/libtarvolink-2.0-dev/examples
 cmake -G Ninja -S $examples -B by_examples >/dev/null
