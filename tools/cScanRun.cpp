@@ -34,6 +34,8 @@ cScanRun::cScanRun(const cSensor& source, const cScanRange& wanted, const cStop&
 
 cScanRun::~cScanRun() {
   if (sensor.isGone()) return;
+  // Until the record under way has ended nothing is sent, and damage may have taken its end.
+  sensor.limitRecords(std::chrono::duration_cast<std::chrono::milliseconds>(patience));
   // Rules that hold on every dialect: stopAll first, then abortScan.
   scanner.stopAll();
   try {

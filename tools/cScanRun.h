@@ -18,7 +18,8 @@ class cScanRun {
   cScanRun(const cScanRun&) = delete;
   cScanRun& operator=(const cScanRun&) = delete;
 
-  /// Stops the sensor ("QT") and waits for its answer, 4 s at most; not if it is gone.
+  /// Stops the sensor ("QT") and waits for its answer, 6 s at most (or three periods and 4 s); not
+  /// if it is gone.
   ~cScanRun();
 
   /// The next good scan, in the order they came, waiting `timeOut` at most; empty when none came

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,6 +38,12 @@ class cSensor {
 
   /// True once the device is gone.
   bool isGone() const { return port.isGone(); }
+
+  /// From now on a record that never ends is given up: the one under way after `patience`, each
+  /// later one when an answer's time is over.
+  void limitRecords(std::chrono::milliseconds patience) const {
+    watched->watch(getLineSpeed(), patience);
+  }
 
   /// Characters received since it was looked for at its line speed.
   std::size_t getHeard() const { return watched->getTraffic().heard; }

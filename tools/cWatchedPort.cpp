@@ -9,8 +9,6 @@ namespace {
 constexpr std::size_t MOST = 4096;
 constexpr char TAG_MARK = ';';
 
-// As long as the library listens to a silent line before it asks.
-constexpr std::chrono::milliseconds FIRST_PATIENCE{300};
 // The library waits 2 s for an answer in SCIP 2.0, but sends no next command before a record ends.
 constexpr std::chrono::milliseconds PATIENCE{2100};
 // In SCIP 1.x an answer begins within 300 ms, and ends within 200 at the slowest speed.
@@ -29,14 +27,14 @@ std::string commandOf(std::string_view line) {
 
 }  // namespace
 
-void cWatchedPort::watch(int speed) {
+void cWatchedPort::watch(int speed, std::chrono::milliseconds patience) {
   const std::lock_guard<std::mutex> lock(mutex);
   const auto known = std::find_if(traffic.begin(), traffic.end(),
                                   [speed](const cTraffic& each) { return each.speed == speed; });
   latest = static_cast<std::size_t>(known - traffic.begin());
   if (known == traffic.end()) traffic.push_back({speed});
   traffic[latest].lastCommand.clear();
-  listenUntil(cClock::now() + FIRST_PATIENCE);
+  listenUntil(cClock::now() + patience);
   isWatching = true;
 }
 

@@ -32,8 +32,10 @@ class cWatchedPort : public kavTBX::basic_portbuf<char> {
  public:
   using kavTBX::basic_portbuf<char>::basic_portbuf;
 
-  /// What passes from now on belongs to `speed`, with what passed at it before. Any thread.
-  void watch(int speed);
+  /// What passes from now on belongs to `speed`, with what passed at it before. What is read now
+  /// has `patience` to end, as long as the library listens to a silent line before it asks. Any
+  /// thread.
+  void watch(int speed, std::chrono::milliseconds patience = std::chrono::milliseconds(300));
 
   /// Looks away: from now on it only counts what is heard. Any thread.
   void ignore();

@@ -84,7 +84,7 @@ TEST_P(ProgramTrouble, isStatus4AndWhatIsKnown) {
   GetParam().begin(run.sensor);
   run.program.waitForError(GetParam().said);
   EXPECT_LT(cClock::now() - before, std::chrono::seconds(5)) << "\"QT\" and the abort take 4 s";
-  EXPECT_EQ(run.program.wait(), 4);
+  EXPECT_EQ(run.program.wait(std::chrono::seconds(30)), 4);
   EXPECT_TRUE(holds(run.program.getErrors(), " scans, ")) << "no summary";
 }
 
