@@ -18,7 +18,8 @@ namespace kavTBX {
 /// A derived class stops its thread at the start of its own destructor, while its
 /// members still live.
 ///
-/// The worker blocks all signals, so that a host's handlers run in the host's threads.
+/// The worker blocks all signals but those of its own faults (SIGABRT, SIGSEGV, ...), so that a
+/// host's handlers run in the host's threads.
 /// An exception that leaves a hook ends the worker as if the finish flag had been set;
 /// it never reaches the host.
 class TARVOLINK_API cThread {

@@ -96,6 +96,9 @@ TEST(Thread, blocksSignalsInTheWorkerOnly) {
     EXPECT_EQ(sigismember(&during, number), 1);
     EXPECT_EQ(sigismember(&before, number), sigismember(&after, number));
   }
+  for (const int fault : {SIGABRT, SIGSEGV}) {  // its own: a host's crash handler is to see them
+    EXPECT_EQ(sigismember(&during, fault), 0);
+  }
 }
 
 // Would catch a caller that talks to a worker not ready, or destroys one that still runs.
