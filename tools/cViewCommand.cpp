@@ -31,9 +31,9 @@ void cViewCommand::run() {
   cTally tally;
   cScanRun scans(sensor, range, stop, tally);
   cLiveView view(sensor, range, scans, tally.meter);
-  if (isOnce) return view.drawOnce(output, stop);
-  const cSummary summary(tally);
   try {
+    if (isOnce) return view.drawOnce(output, stop);
+    const cSummary summary(tally);
     view.run(output, stop);
   } catch (cPassingFailure& trouble) {
     trouble.say();  // now, since to stop a sensor that is silent takes its time
