@@ -147,6 +147,7 @@ TEST_F(cScanning, ManyCallersTakeAndAskAtOnce) {
   ask();
   others.join_all();
   EXPECT_EQ(taken, SCANS + 2);
+  EXPECT_EQ(driver->getStatus(), "Sensor works well.");
 }
 
 // Would catch: a buffer overrun or an overflow by arguments that no sensor takes.

@@ -1,7 +1,10 @@
+// Scanning over the adapter: what is counted, kept and stopped, when, and from which threads.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <numeric>
 
+#include "tests/base/measure.h"
 #include "tests/scip1/cHeldRig.h"
 
 // Catches: N scans instead of N + 1; a count that runs ahead of the scans or behind them, that
@@ -44,23 +47,6 @@ TEST(Scip1Counting, WaiterWakesAfterTheLastScan) {
   }
 }
 
-// Catches: messages with other texts or values, on another stream, once instead of each time.
-TEST(Scip1Counting, MessagesAreExact) {
-  cHeldRig rig;
-  rig.script("G", record("G04472501", "1"));
-  const cOutput output = outputOf([&] {
-    EXPECT_EQ(rig.driver->getSCIP2IF(), &rig.scip2());
-    EXPECT_EQ(rig.scip2().startScan(44, 725, 1, 3, 0, 0), 1);
-    ASSERT_TRUE(rig.hears("G04472501", 1));
-  });
-  const std::string creating = "Creating SCIP2 Adapter\n";
-  const std::string started = "New SCIP2 Adapter starting..\nNew SCIP2 Adapter started\n";
-  EXPECT_EQ(output.err, creating + "New SCIP2 Adapter created\n" + started + creating + started +
-                            "Starting scan st:44 ed:725 sk:1 ssk:3 s#:-1 mx:0\n"
-                            "resetting interval :0.300000[ms] (from 3 scan)\n");
-  EXPECT_EQ(output.out, "");
-}
-
 // Catches: memory that grows while nobody reads, the newest scans dropped instead of the oldest, a
 // place counted from the other end, a scan lost to a look that finds nothing.
 TEST(Scip1Counting, ListKeepsTheNewestThirtyByPlace) {
@@ -70,16 +56,14 @@ TEST(Scip1Counting, ListKeepsTheNewestThirtyByPlace) {
   ASSERT_TRUE(rig.hears("G", 35));
   ASSERT_TRUE(rig.waitForIdle());
   EXPECT_EQ(scip2.getScanNum(), 30);
-  for (const int i : {30, -1, INT_MAX, INT_MIN}) EXPECT_FALSE(scip2.getScanFirst(i)) << i;
-  for (const int i : {0, 28, 30, -1, INT_MAX, INT_MIN}) EXPECT_FALSE(scip2.getScanLast(i)) << i;
+  for (const int i : {30, -1, INT_MIN}) EXPECT_FALSE(scip2.getScanFirst(i)) << i;
+  for (const int i : {0, 28, 30, -1, INT_MIN}) EXPECT_FALSE(scip2.getScanLast(i)) << i;
   EXPECT_EQ(numberOf(scip2.getScanLast(29)), 5);
   EXPECT_EQ(numberOf(scip2.getScanFirst(27)), 33);
   EXPECT_EQ(numberOf(scip2.getScanLast()), 34);
   tNumbers left(27);
   std::iota(left.begin(), left.end(), 6);
   EXPECT_EQ(rig.takeAll(), left);
-  for (const int i : {0, -1}) EXPECT_FALSE(scip2.getScanFirst(i) || scip2.getScanLast(i)) << i;
-  EXPECT_FALSE(scip2.getScanLast());
   rig.driver->doScan(0, 1, 1);
   scip2.purgeScan();
   EXPECT_EQ(scip2.getScanNum(), 0);
@@ -180,4 +164,109 @@ TEST(Scip1Counting, OldPassLeavesTheNewStartAlone) {
     EXPECT_EQ(rig.sensor.getCommands(), (tLines{"G01001101", "G02002101", "G02002101"}));
     EXPECT_EQ(rig.scip2().getScanNum(), *status == '0' ? 3 : 2);
   }
+}
+
+// Catches: a period of a whole number of milliseconds that only the rounded product reaches; a wait
+// in another unit, or none.
+TEST(Scip1Schedule, PeriodIsTheExactProductTruncated) {
+  using tRow = std::pair<int, std::int64_t>;
+  for (const auto& [tenths, milliseconds] :
+       {tRow{0, 0}, tRow{3, 300}, tRow{43, 4299}, tRow{81, 8099}, tRow{INT_MAX, 214748364700}}) {
+    EXPECT_EQ(cSCIP12Adapter::toMilliseconds(tenths * 0.1), milliseconds) << tenths;
+  }
+  cHeldRig rig;
+  const long taken = measure([&rig] {
+    rig.scip2().startScan(0, 1, 1, 1, 3, 0);
+    for (int number = 0; number < 4; ++number) EXPECT_EQ(numberOf(takeScan(rig.scip2())), number);
+  });
+  EXPECT_GE(taken, 299);
+  EXPECT_LT(taken, 10000);
+}
+
+// Catches: scans that are put off, each by a period more, after one that took three periods.
+TEST(Scip1Schedule, CatchesUpBackToBack) {
+  cHeldRig rig;
+  rig.letGo(0);
+  rig.scip2().startScan(0, 1, 1, 10, 0, 0);
+  ASSERT_TRUE(rig.hears("G", 1));
+  EXPECT_FALSE(rig.scip2().waitScan(3100)) << "no scan comes in three periods";
+  rig.letGo(-1);
+  EXPECT_LT(measure([&rig] { EXPECT_TRUE(rig.hears("G", 4)); }), 1900);
+}
+
+// Catches: a driver whose end hangs, waits out its period, or decodes half an answer and dies.
+TEST(Scip1Schedule, EndTakesOneExchangeAtMost) {
+  for (const bool isInAnAnswer : {false, true}) {
+    cHeldRig rig(115200);
+    rig.port->readTimeout = 2000;  // no machine is so busy that the babble pauses for longer
+    if (isInAnAnswer) {
+      rig.script("G", "G00000101\n0\n0000\n");
+      std::string endless;  // lines, for minutes at the line's speed
+      while (endless.size() < 1000000) endless += "0000\n";
+      rig.startTwoPoints(5);
+      ASSERT_TRUE(rig.sensor.waitFor(&cSimCounters::records, 1, LONG_TIME));
+      rig.sensor.say(endless);
+    } else {
+      rig.scip2().startScan(0, 1, 1, 36000, 5, 0);  // one an hour
+      ASSERT_TRUE(rig.scip2().waitScan(LONG));
+      EXPECT_FALSE(rig.scip2().waitScan(100));
+    }
+    EXPECT_LT(measure([&rig] { rig.driver.reset(); }), 10000);
+    EXPECT_FALSE(rig.port->isInterrupted());
+  }
+}
+
+// Catches: two workers on one line, of which one is lost with its thread; messages with other texts
+// or values, on another stream, once instead of each time.
+TEST(Scip1Threads, FirstFaceIsMadeOnce) {
+  cHeldRig rig;
+  std::atomic<int> ready{0};
+  const auto ask = [&] {
+    ++ready;
+    while (ready < 2) std::this_thread::yield();
+    rig.driver->getSCIP2IF();
+  };
+  const cOutput output = outputOf([&] {
+    std::thread other(ask);
+    ask();
+    other.join();
+    EXPECT_EQ(rig.scip2().startScan(0, 1, 2, 3, 0, 0), 1);
+  });
+  const std::string creating = "Creating SCIP2 Adapter\n";
+  const std::string started = "New SCIP2 Adapter starting..\nNew SCIP2 Adapter started\n";
+  EXPECT_EQ(output.err, creating + "New SCIP2 Adapter created\n" + started + creating + started +
+                            creating + started +
+                            "Starting scan st:0 ed:1 sk:2 ssk:3 s#:-1 mx:0\n"
+                            "resetting interval :0.300000[ms] (from 3 scan)\n");
+  EXPECT_EQ(output.out, "");
+}
+
+// Catches: a scan lost or taken twice where taking, counting and trimming meet; an answer, or half
+// of it, read by another thread; a caller who never gets a turn.
+TEST(Scip1Threads, TenThousandScansBesideCommands) {
+  const std::string version = "VEND:maker;\nPROD:scanner;\n";
+  cHeldRig rig;
+  rig.script("V", record("V", "0", version));
+  rig.script("X", record("X", "7", "other\n"));
+  rig.letGo(28);  // scans that the sensor may be ahead, so that the limit drops none
+  rig.startTwoPoints(0);
+  std::thread other([&] {
+    for (int i = 0; i < 100; ++i) {
+      rig.letGo(1);
+      EXPECT_EQ(i % 2 == 0 ? rig.driver->doRaw("X") - 7 : rig.scip2().fetchVersionStr(), 0);
+      const std::string body = rig.driver->getResponseBody();
+      EXPECT_TRUE(body == version || body == "other\n" || body.size() == 5) << body;
+    }
+  });
+  for (int number = 0; number < 10000 && !testing::Test::HasFailure(); ++number) {
+    tScan scan;
+    do {
+      if (rig.scip2().getScanNum() > 0) scan = rig.scip2().getScanFirst();
+    } while (!scan && rig.scip2().waitScan(LONG));
+    EXPECT_EQ(numberOf(scan), number);
+    rig.letGo(1);
+  }
+  rig.letGo(-1);
+  other.join();
+  EXPECT_EQ(rig.driver->getVend(), "maker;");
 }
