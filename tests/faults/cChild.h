@@ -12,10 +12,9 @@
 /// SCIP 1.x with another number of points than asked for. Make it when there is no other thread.
 class cChild {
  public:
-  explicit cChild(const std::function<void()>& test) : said(std::tmpfile()), child(fork()) {
+  explicit cChild(const std::function<void()>& test) : child(fork()) {
     if (child != 0) return;
-    dup2(fileno(said), STDOUT_FILENO);
-    dup2(fileno(said), STDERR_FILENO);
+    for (const int fd : {STDOUT_FILENO, STDERR_FILENO}) dup2(fileno(said.get()), fd);
     test();
     std::fflush(nullptr);
     std::_Exit(testing::Test::HasFailure() ? FAILED : outcome);
@@ -23,10 +22,7 @@ class cChild {
   ~cChild() {
     signal(SIGKILL);
     waitpid(child, nullptr, 0);
-    std::fclose(said);
   }
-  cChild(const cChild&) = delete;
-  cChild& operator=(const cChild&) = delete;
 
   /// Waits for the end, and expects no failed test and no other end than the one that is meant.
   /// @return what the child set `outcome` to, 0 to 99; -1 if it did not run to its end
@@ -34,8 +30,8 @@ class cChild {
     siginfo_t end = {};
     waitid(P_PID, static_cast<id_t>(child), &end, WEXITED | WNOWAIT);
     std::string text(1 << 16, '\0');
-    std::rewind(said);
-    text.resize(std::fread(text.data(), 1, text.size(), said));
+    std::rewind(said.get());
+    text.resize(std::fread(text.data(), 1, text.size(), said.get()));
     const auto says = [&](const char* words) { return text.find(words) != std::string::npos; };
     if (end.si_code != CLD_EXITED && end.si_status == SIGABRT && says("mixed response? (ret:") &&
         says("px != 0"))
@@ -50,12 +46,12 @@ class cChild {
  private:
   static constexpr int FAILED = 100;
 
-  std::FILE* const said;
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> said{std::tmpfile(), std::fclose};
   const pid_t child;
 };
 
-/// Runs a test of that dialect: in a process of its own if it may be ended.
-inline void runTest(eSimDialect dialect, const std::function<void()>& test) {
-  if (dialect == eSimDialect::SCIP2) return test();
-  cChild(test).expectGoodEnd();
+/// Runs a test in both dialects: that of SCIP 1.x in a process of its own, which may be ended.
+inline void inBothDialects(const std::function<void(eSimDialect)>& test) {
+  cChild([&] { test(SCIP1); }).expectGoodEnd();
+  test(SCIP2);
 }

@@ -1,9 +1,38 @@
 #pragma once
 
-#include "tests/faults/cFaultOracle.h"
+#include <malloc.h>
+
+#include <algorithm>
+
+#include "tests/support/driving.h"
+
+// What every fault test asks for, and the waits that its calls may take, in milliseconds.
+constexpr int FIRST = 44;
+constexpr int LAST = 143;
+constexpr std::size_t POINTS = LAST - FIRST + 1;
+constexpr int FAR = 5600;     // asks for three characters a reading
+constexpr int NEAR = 4095;    // for two
+constexpr int READ = 300;     // a read under way, before a command's line is written
+constexpr int ANSWER = 2000;  // an answer of SCIP 2.0
+
+constexpr auto SCIP1 = eSimDialect::SCIP1;
+constexpr auto SCIP2 = eSimDialect::SCIP2;
+
+// A sanitizer takes more CPU, and has an allocator of its own.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool IS_SANITIZED = true;
+#else
+constexpr bool IS_SANITIZED = false;
+#endif
+
+/// Bytes allocated in this process; 0 under a sanitizer.
+inline std::size_t countAllocated() {
+  const struct mallinfo2 info = mallinfo2();
+  return info.uordblks + info.hblkhd;
+}
 
 /// A sensor of that dialect that measures so often a second; as fast as it is read if 0.
-inline cSimSetting paced(eSimDialect dialect = eSimDialect::SCIP2, double rate = 50) {
+inline cSimSetting paced(eSimDialect dialect = SCIP2, double rate = 50) {
   cSimSetting setting;
   setting.dialect = dialect;
   setting.rate = rate;
@@ -11,40 +40,128 @@ inline cSimSetting paced(eSimDialect dialect = eSimDialect::SCIP2, double rate =
   return setting;
 }
 
-/// A running driver for a sensor at that path, without a detection.
-inline tDriver openAny(eSimDialect dialect, const std::string& path) {
-  if (dialect == eSimDialect::SCIP2) return openReady(path);
-  return tDriver(new cSensorDriverSCIP1(openLink(path)));
-}
-
-/// FIRST to LAST, without end if `count` is 0.
-inline int startScan(iSCIP2IF& driver, int count = 0, int most = FAR, int interval = 0) {
-  return surely(driver, [&] { return driver.startScan(FIRST, LAST, 1, interval, count, most); });
-}
-
-/// A sensor that is watched, and a driver for it.
-struct cFaultRig {
+/// A sensor, a driver for it, and what holds whatever the far end of the cable does: no crash, no
+/// call that hangs or is late, no scan that differs from the truth where sums, lengths or the
+/// number of points tell it, hardly any CPU while the fault lasts, nothing left behind.
+class cFaultRig {
+ public:
   explicit cFaultRig(const cSimSetting& setting) : sensor(setting) {}
+  /// The end: no more descriptors, threads and memory than before there was a driver.
+  ~cFaultRig() {
+    constexpr std::size_t BUFFERS = 1 << 16;  // of the C++ library
+    constexpr std::size_t LOGGED = 128;  // bytes that the sensor remembers of a command or scan
+    driver.reset();
+    EXPECT_TRUE(eventually([this] { return countThreads() <= threads; })) << "threads are left";
+    EXPECT_LE(countDescriptors(), descriptors);
+    const cSimCounters count = sensor.getCounters();
+    EXPECT_LE(countAllocated(), memory + BUFFERS + LOGGED * (count.commands + count.scans));
+  }
+
+  /// Makes the driver: at the sensor's path or another, without a detection.
+  void open(const std::string& path) {
+    if (sensor.getSetting().dialect == SCIP2)
+      driver = openReady(path);
+    else
+      driver.reset(new cSensorDriverSCIP1(openLink(path)));
+  }
+  void open() { open(sensor.getPath()); }
+  void detect() { driver = cSensorDriverManager::create(sensor.getPath()); }
+  iSCIP2IF& face() { return *driver->getSCIP2IF(); }
+
+  /// FIRST to LAST, without end if `count` is 0.
+  int startScan(int count = 0, int most = FAR, int interval = 0) {
+    return surely(face(), [&] { return face().startScan(FIRST, LAST, 1, interval, count, most); });
+  }
 
   /// Starts a scan and waits for the first of it.
-  void scan(int count = 0, int most = FAR) {
-    startScan(face, count, most);
-    oracle.expectTrueScan(face);
+  void scan(int count = 0, int most = FAR, int interval = 0) {
+    startScan(count, most, interval);
+    expectTrueScan();
+  }
+
+  /// `action` ends within so many milliseconds (and 100, and what this process waited for a
+  /// processor), and all threads, the sensor's too, use less than 5 % of a core meanwhile.
+  void during(const char* what, int milliseconds, const std::function<void()>& action) {
+    const double starved = getStarvedSeconds();
+    const double used = getProcessorSeconds();
+    const auto begin = std::chrono::steady_clock::now();
+    action();
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
+    const double patience = 0.1 + std::max(getStarvedSeconds() - starved, 0.0);
+    EXPECT_LE(took.count(), milliseconds / 1e3 + patience) << what << " came back too late";
+    EXPECT_LE(getProcessorSeconds() - used, (IS_SANITIZED ? 10 : 1) * (0.02 + 0.05 * took.count()))
+        << what << " took too much of a core in " << took.count() << " s";
+  }
+
+  /// Takes what scans there are. Each is one that was sent after those before, and counted as true;
+  /// or as told, if its number of points gives it away; or as a lie.
+  /// @param patience  milliseconds; the host has a scan a moment before it is noted as sent
+  void take(int patience = LONG) {
+    while (face().getScanNum() > 0) {
+      const std::vector<int> distances = distancesOf(face().getScanFirst());
+      ++(distances.size() != POINTS ? told : isTrue(distances, patience) ? truths : lies);
+    }
+  }
+
+  /// Takes scans until the condition holds. What throws tells damage.
+  void follow(const std::function<bool()>& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + LONG_TIME;
+    while (!condition()) {
+      ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "what was waited for did not come";
+      tryTo([&] {
+        face().waitScan(100);
+        take();
+      });
+    }
+  }
+
+  /// The next scan that comes is true, or one of the few after it.
+  void expectTrueScan() {
+    const int before = truths;
+    follow([&] { return truths > before; });
+  }
+
+  /// Does it; that it throws tells damage.
+  void tryTo(const std::function<void()>& action) {
+    try {
+      action();
+    } catch (const std::out_of_range&) {
+      ++told;
+    }
   }
 
   cSimSensor sensor;
-  cFaultOracle oracle{sensor};
-  tDriver driver = openAny(sensor.getSetting().dialect, sensor.getPath());  // goes first
-  iSCIP2IF& face = *driver->getSCIP2IF();
+  tDriver driver;
+  int truths = 0;
+  int told = 0;
+  int lies = 0;
+
+ private:
+  static long countDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  }
+
+  bool isTrue(const std::vector<int>& distances, int patience) {
+    const std::size_t noted = sensor.getCounters().scans;
+    for (std::size_t i = next; i <= noted; ++i) {
+      if (!sensor.waitForSentScans(i + 1, std::chrono::milliseconds(patience))) return false;
+      const std::uint32_t scan = sensor.getSentScans().at(i);
+      for (const int most : {INT_MAX, NEAR}) {
+        if (sensor.getTrueDistances(scan, FIRST, LAST, 1, most) != distances) continue;
+        next = i + 1;
+        return true;
+      }
+    }
+    return false;
+  }
+
+  const long descriptors = countDescriptors();
+  const int threads = countThreads();
+  const std::size_t memory = countAllocated();
+  std::size_t next = 0;  // the first scan sent that may still come
 };
 
-const auto DIALECTS = testing::Values(eSimDialect::SCIP2, eSimDialect::SCIP1);
-
-/// Names a case by its row and the dialect.
-struct cRowName {
-  template <class tRow>
-  std::string operator()(const testing::TestParamInfo<std::tuple<tRow, eSimDialect>>& info) const {
-    const auto& [row, dialect] = info.param;
-    return row.name + std::string(dialect == eSimDialect::SCIP2 ? "" : "Scip1");
-  }
+/// The same with the driver there from the beginning.
+struct cOpenRig : cFaultRig {
+  explicit cOpenRig(const cSimSetting& setting) : cFaultRig(setting) { open(); }
 };

@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include "tests/faults/cFaultRig.h"
+#include "tests/faults/cChild.h"
 #include "tests/support/cCaseName.h"
 #include "tests/tools/cTempFolder.h"
 
@@ -13,49 +13,37 @@ namespace {
 
 struct cPath {
   const char* name;
-  const char* path;  // in a folder; or absolute
+  std::string path;
   const char* message;
-  mode_t mode = 0;  // of the file there; 0: none
 };
 
-const cPath PATHS[] = {
-    // Would catch: a search through all speeds, a minute long, on what is no terminal.
-    {"Missing", "none", "No such file"},
-    {"Forbidden", "file", "Permission denied", S_IXOTH},
-    {"Folder", "", "Is a directory"},
-    {"Null", "/dev/null", "ioctl"},
-    {"DanglingLink", "link", "No such file"},
-    // Would catch: commands written into somebody's file.
-    {"File", "file", "ioctl", S_IRWXU},
-};
-
-class cNoSensor : public testing::TestWithParam<cPath> {};
-
-TEST_P(cNoSensor, IsToldAtOnce) {
-  const cPath& row = GetParam();
+// Would catch: a search through all speeds, a minute long, on what is no terminal; commands written
+// into somebody's file.
+TEST(cNoSensor, IsToldAtOnce) {
   const cTempFolder folder;
-  const std::string path = row.path[0] == '/' ? row.path : folder / row.path;
+  for (const char* name : {"file", "forbidden"}) std::ofstream(folder / name) << "kept";
   std::filesystem::create_symlink(folder / "none", folder / "link");
-  if (row.mode != 0) std::ofstream(path) << "kept";
-  if (row.mode != 0) chmod(path.c_str(), row.mode);
-  const cSimSensor sensor{cSimSetting()};
-  cFaultOracle oracle(sensor);
+  for (const std::string& path : {folder / "", folder / "file"}) chmod(path.c_str(), 0777);
+  chmod((folder / "forbidden").c_str(), 0);
+  const cPath paths[] = {{"missing", folder / "none", "No such file"},
+                         {"forbidden", folder / "forbidden", "Permission denied"},
+                         {"a folder", folder / "", "Is a directory"},
+                         {"/dev/null", "/dev/null", "ioctl"},
+                         {"a dangling link", folder / "link", "No such file"},
+                         {"a file", folder / "file", "ioctl"}};
+  cFaultRig rig{cSimSetting()};
   const uid_t self = geteuid();
-  // Root may open all, so somebody else asks.
-  ASSERT_TRUE(self != 0 || row.mode != S_IXOTH || seteuid(65534) == 0);
-  const cOutput output = outputOf([&] {
-    oracle.during("create", 0, [&] { EXPECT_FALSE(cSensorDriverManager::create(path)); });
-  });
-  ASSERT_EQ(seteuid(self), 0);
-  EXPECT_NE(output.err.find(row.message), std::string::npos) << output.err;
-  EXPECT_NE(output.out.find("[" + path + "]"), std::string::npos) << output.out;
-  if (row.mode != 0) {
-    chmod(path.c_str(), S_IRWXU);
-    EXPECT_EQ(readFile(path), "kept");
+  ASSERT_TRUE(self != 0 || seteuid(65534) == 0);  // root may open all, so somebody else asks
+  for (const cPath& row : paths) {
+    const cOutput output = outputOf([&] {
+      rig.during(row.name, 0, [&] { EXPECT_FALSE(cSensorDriverManager::create(row.path)); });
+    });
+    EXPECT_NE(output.err.find(row.message), std::string::npos) << row.name << output.err;
+    EXPECT_NE(output.out.find("[" + row.path + "]"), std::string::npos) << row.name << output.out;
   }
+  ASSERT_EQ(seteuid(self), 0);
+  EXPECT_EQ(readFile(folder / "file"), "kept");
 }
-
-INSTANTIATE_TEST_SUITE_P(Paths, cNoSensor, testing::ValuesIn(PATHS), cCaseName());
 
 // --- a port that was used before ---------------------------------------------------------
 
@@ -79,40 +67,42 @@ const cLeft LEFT[] = {
     {"StaleStream", 0, 0, 0, 0, "", true},
 };
 
-class cUsedPort : public testing::TestWithParam<std::tuple<cLeft, eSimDialect>> {};
+class cUsedPort : public testing::TestWithParam<cLeft> {
+ protected:
+  static void leave(cSimSensor& sensor) {
+    const cLeft& row = GetParam();
+    const int port = open(sensor.getPath().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    termios modes = {};
+    ASSERT_EQ(tcgetattr(port, &modes), 0);
+    modes.c_iflag |= row.input;
+    modes.c_oflag |= row.output;
+    modes.c_lflag |= row.local;
+    modes.c_cflag ^= row.control;
+    ASSERT_EQ(tcsetattr(port, TCSANOW, &modes), 0);
+    sensor.say(row.bytes);
+    ASSERT_TRUE(sensor.waitFor(&cSimCounters::bytesWritten, row.bytes.size(), LONG_TIME));
+    close(port);
+  }
+};
 
 TEST_P(cUsedPort, IsTakenOver) {
-  const auto& [row, dialect] = GetParam();
-  cSimSetting setting = paced(dialect);
-  setting.scanningAtStart = row.isScanning;
-  cSimSensor sensor(setting);
-  const int port = open(sensor.getPath().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
-  termios modes = {};
-  ASSERT_EQ(tcgetattr(port, &modes), 0);
-  modes.c_iflag |= row.input;
-  modes.c_oflag |= row.output;
-  modes.c_lflag |= row.local;
-  modes.c_cflag ^= row.control;
-  ASSERT_EQ(tcsetattr(port, TCSANOW, &modes), 0);
-  sensor.say(row.bytes);
-  ASSERT_TRUE(sensor.waitFor(&cSimCounters::bytesWritten, row.bytes.size(), LONG_TIME));
-  close(port);
-
-  cFaultOracle oracle(sensor);
-  tDriver driver;
-  // Before SCIP 1.x is asked for, "VV" and "TM2" must have failed.
-  const int most = dialect == eSimDialect::SCIP1 ? 3 * READ + 2 * ANSWER : ANSWER;
-  oracle.during("create", most, [&] { driver = cSensorDriverManager::create(sensor.getPath()); });
-  ASSERT_TRUE(driver);
-  iSCIP2IF& face = *driver->getSCIP2IF();
-  EXPECT_TRUE(stopLeftScan(face));
-  startScan(face);
-  for (int scan = 0; scan < 3; ++scan) oracle.expectTrueScan(face);
-  EXPECT_EQ(oracle.told + oracle.lies, 0);
-  face.stopAll();
+  inBothDialects([](eSimDialect dialect) {
+    cSimSetting setting = paced(dialect);
+    setting.scanningAtStart = GetParam().isScanning;
+    cFaultRig rig(setting);
+    leave(rig.sensor);
+    // Before SCIP 1.x is asked for, "VV" and "TM2" must have failed.
+    const int most = dialect == SCIP1 ? 3 * READ + 2 * ANSWER : ANSWER;
+    rig.during("create", most, [&] { rig.detect(); });
+    ASSERT_TRUE(rig.driver);
+    EXPECT_TRUE(stopLeftScan(rig.face()));
+    rig.startScan();
+    for (int scan = 0; scan < 3; ++scan) rig.expectTrueScan();
+    EXPECT_EQ(rig.told + rig.lies, 0);
+    rig.face().stopAll();
+  });
 }
 
-INSTANTIATE_TEST_SUITE_P(Modes, cUsedPort, testing::Combine(testing::ValuesIn(LEFT), DIALECTS),
-                         cRowName());
+INSTANTIATE_TEST_SUITE_P(Modes, cUsedPort, testing::ValuesIn(LEFT), cCaseName());
 
 }  // namespace
