@@ -1,15 +1,15 @@
 #pragma once
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <sstream>
 #include <stdexcept>
-#include <string>
-#include <vector>
+
+#include "sim/tarvosim.h"
 
 constexpr std::chrono::milliseconds LONG_TIME(10000);
 
@@ -61,15 +61,6 @@ class cRawHost {
     write("QT;end\n");
     const std::string all = readUntil(end);
     return all.substr(0, all.find(end));
-  }
-  /// Throws away what has arrived and was not read.
-  void flush() { tcflush(fd, TCIFLUSH); }
-  /// Whether read says end-of-file or an error once nothing is left.
-  bool isHungUp() {
-    while (readSome()) {
-    }
-    char byte;
-    return read(fd, &byte, 1) <= 0;
   }
 
  private:

@@ -1,6 +1,3 @@
-#include <gtest/gtest.h>
-
-#include "sim/tarvosim.h"
 #include "tests/sim/cRawHost.h"
 #include "tests/support/cCaseName.h"
 
@@ -11,7 +8,6 @@ struct cDialogue {
   const char* name;
   eSimDialect dialect;
   eSimModel model;
-  int speed;
   const char* exchanges;
 };
 
@@ -21,29 +17,26 @@ constexpr auto SHORT = eSimModel::SHORT_RANGE;
 constexpr auto LONG = eSimModel::LONG_RANGE;
 
 const cDialogue DIALOGUES[] = {
-    {"Laser", SCIP2, SHORT, 0, "QT>00P|BM>00P|BM>02R|QT>00P|BM>00P"},
-    {"Stored", SCIP2, SHORT, 0,
+    {"Laser", SCIP2, SHORT, "QT>00P|BM>00P|BM>02R|QT>00P|BM>00P"},
+    {"Stored", SCIP2, SHORT,
      "GD0044072501>10Q|GS0044072501;1>10Q|GDx044072501>01Q|GD0044x72501>02R|GD00440725x1>03S|"
      "GD0044072601>04T|GD0045004401>05U|GD004407250>0Cc|GD00440725010>0Dd"},
-    {"Measuring", SCIP2, LONG, 0,
+    {"Measuring", SCIP2, LONG,
      "MDx000108001000>01Q|MD0000108.01000>02R|MS00001080 1000>03S|MD000010800/000>03S|"
      "MD0000108101000>04T|MD0002000101000>05U|MD000010800100>0Cc|MD>0Cc|MD00001080010000>0Dd|"
      "MD0000108001-00>06V|MD00001080010x0>07W|MD000010800100x>07W"},
-    {"Adjust", SCIP2, SHORT, 0,
+    {"Adjust", SCIP2, SHORT,
      "TM1>04T|TM2;3>03S|TM3>01Q|TM>0Cc|BM>00P|TM0>00P|TM0>02R|VV>0Aa|BM>0Aa|TM2>00P|"
      "GD0044072501>10Q"},
-    {"Strings", SCIP2, SHORT, 0,
+    {"Strings", SCIP2, SHORT,
      "QT;0123456789abcdef>00P|QT;Z ._+@>00P|QT;>00P|QT;0123456789abcdefg>0Gg|QT;a-b>0Hh|"
      "QT;1;2>0Hh"},
-    {"Unknown", SCIP2, SHORT, 0, "XX>0Ee|SCIP2.0>0Ee|V>0Ee|vv>0Ee|VV0>0Dd| >0Ee"},
-    {"LineSpeed", SCIP2, SHORT, 19200,
-     "SS01920x>01Q|SS012345>02R|SS019200>03S|SS>0Cc|SS0192000>0Dd"},
-    {"LineSpeedOfUsb", SCIP2, LONG, 0, "SS019200>04T|SSx>0Cc"},
-    {"Motor", SCIP2, SHORT, 0, "CR05>00P|CR05>03S|CR11>02R|CR99>00P|CRxx>01Q"},
-    {"MotorOfLong", SCIP2, LONG, 0, "CR05>04T|HS1>04T"},
-    {"Sensitivity", SCIP2, SHORT, 0, "HS1>00P|HS1>02R|HS0>00P|HS2>01Q"},
-    {"Reset", SCIP2, SHORT, 0, "BM>00P|RS>00P|BM>00P|RT>00P|TM0>00P|TM2>00P"},
-    {"Old", SCIP1, SHORT, 0,
+    {"Unknown", SCIP2, SHORT, "XX>0Ee|SCIP2.0>0Ee|V>0Ee|vv>0Ee|VV0>0Dd| >0Ee"},
+    {"Settings", SCIP2, SHORT,
+     "CR05>00P|CR05>03S|CR11>02R|CR99>00P|CRxx>01Q|HS1>00P|HS1>02R|HS0>00P|HS2>01Q"},
+    {"SettingsOfLong", SCIP2, LONG, "CR05>04T|HS1>04T|SS019200>04T|SSx>0Cc"},
+    {"Reset", SCIP2, SHORT, "BM>00P|RS>00P|BM>00P|RT>00P|TM0>00P|TM2>00P"},
+    {"Old", SCIP1, SHORT,
      "L2>1|SCIP2.0>1|VV;1>1|G04404301>1|G00076901>1|G0000010>1|G000001001>1|S0120001234567>1|"
      "S019200123456>1|L0>0|L1>0"}};
 
@@ -57,7 +50,6 @@ TEST_P(SimDialogue, Answers) {
   cSimSetting setting;
   setting.dialect = GetParam().dialect;
   setting.model = GetParam().model;
-  setting.speed = GetParam().speed;
   const cSimSensor sensor(setting);
   cRawHost host(sensor.getPath());
   std::istringstream exchanges(GetParam().exchanges);
@@ -85,23 +77,4 @@ TEST(SimCommands, AreLines) {
   host.ask("TM0");
   EXPECT_EQ(host.ask("TM1;a").size(), sizeof "TM1;a\n00P\ntime+\n\n" - 1);
   EXPECT_EQ(sensor.getCommands().size(), 8u);
-}
-
-// Catches: a setting for unknown and blank commands that is not obeyed, in either dialect.
-TEST(SimCommands, UnknownAndBlankOnesAreAnsweredAsSet) {
-  for (const auto& [how, scip2, scip1] :
-       {std::tuple(eSimUnknown::STATUS, "XX\n0Ee\n\n\n0Ee\n\n", "XX\n1\n\n\n1\n\n"),
-        std::tuple(eSimUnknown::ECHO_ONLY, "XX\n\n\n\n", "XX\n\n\n\n"),
-        std::tuple(eSimUnknown::SILENT, "", "")}) {
-    for (const auto dialect : {SCIP2, SCIP1}) {
-      cSimSetting setting;
-      setting.dialect = dialect;
-      setting.unknownCommands = setting.blankCommands = how;
-      const cSimSensor sensor(setting);
-      cRawHost host(sensor.getPath());
-      const std::string last = dialect == SCIP2 ? "QT\n00P\n\n" : "L0\n0\n\n";
-      host.write("XX\n\n" + last.substr(0, 3));
-      EXPECT_EQ(host.readUntil(last), (dialect == SCIP2 ? scip2 : scip1) + last);
-    }
-  }
 }
