@@ -1,4 +1,4 @@
-// Signals, workers, and the zone with the singleton that holds it.
+// Signals, workers, and the zone.
 #include <gtest/gtest.h>
 #include <signal.h>
 
@@ -184,32 +184,6 @@ TEST(TimezoneDeathTest, isTheOffsetAtTheEpoch) {
                             cZone{"NZST-12NZDT,M9.5.0,M4.1.0/3", time_duration(13, 0, 0), 13}}) {
     EXPECT_EXIT(compare(zone), testing::ExitedWithCode(0), "") << zone.zone;
   }
-}
-
-constexpr int ASKING = 8;
-
-/// Counts how often it is made: not before all threads have come to ask for it.
-struct cCounted {
-  static inline std::atomic<int> asked{0};
-  static inline std::atomic<int> made{0};
-  cCounted() {
-    while (asked < ASKING) std::this_thread::yield();
-    ++made;
-  }
-};
-
-// Would catch two threads that each make the one object.
-TEST(Singleton, isMadeOnceForAllThreads) {
-  using tSingleton = kavTBX::cSingleton<cCounted, kavTBX::LazyInstantiation, boost::mutex>;
-  boost::thread_group threads;
-  for (int i = 0; i < ASKING; ++i) {
-    threads.create_thread([] {
-      ++cCounted::asked;
-      EXPECT_TRUE(tSingleton::instance());
-    });
-  }
-  threads.join_all();
-  EXPECT_EQ(cCounted::made, 1);
 }
 
 }  // namespace

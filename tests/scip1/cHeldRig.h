@@ -53,21 +53,16 @@ class cHeldRig {
     return sensor.waitForCommand(prefix, LONG_TIME, count);
   }
 
-  /// The adapter, made when first asked for.
-  iSCIP2IF& scip2() {
-    if (face == nullptr) face = driver->getSCIP2IF();
-    return *face;
-  }
   /// Two points, steps 0 to 1, back to back.
-  int startTwoPoints(int count) { return scip2().startScan(0, 1, 1, 0, count, 4095); }
+  int startTwoPoints(int count) { return scip2.startScan(0, 1, 1, 0, count, 4095); }
   /// Waits until the worker does not scan any more.
   bool waitForIdle() {
-    return eventually([this] { return !scip2().isScanning(); });
+    return eventually([this] { return !scip2.isScanning(); });
   }
   /// The numbers of the scans in the list, which is empty afterwards.
   tNumbers takeAll() {
     tNumbers numbers;
-    while (const tScan scan = scip2().getScanFirst()) numbers.push_back(numberOf(scan));
+    while (const tScan scan = scip2.getScanFirst()) numbers.push_back(numberOf(scan));
     return numbers;
   }
 
@@ -97,16 +92,23 @@ class cHeldRig {
     return points + "\n";
   }
 
-  std::mutex mutex;  // guards the four below
+  std::mutex mutex;  // guards the three below
   std::condition_variable changed;
   std::map<std::string, std::string> scripts;
   int answersLeft = -1;
   int scans = 0;
-  iSCIP2IF* face = nullptr;
 
  public:
   cSimSensor sensor;
   tPort port = openPort(sensor.getPath(), 10000);
   tLink link{new cTarvoLink(port)};
   std::unique_ptr<cSensorDriverSCIP1> driver{new cSensorDriverSCIP1(link)};
+  iSCIP2IF& scip2 = *driver->getSCIP2IF();
+};
+
+/// With one such rig.
+class Scip1 : public testing::Test {
+ protected:
+  cHeldRig rig;
+  iSCIP2IF& scip2 = rig.scip2;
 };

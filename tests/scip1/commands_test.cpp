@@ -7,8 +7,7 @@
 #include "tests/support/cPtyPair.h"
 
 // Catches: a command that differs by a byte, widths that cut a number, "L0" taken for off.
-TEST(Scip1Commands, AreExactOnTheWire) {
-  cHeldRig rig;
+TEST_F(Scip1, AreExactOnTheWire) {
   iSCIP1IF& scip1 = *rig.driver->getSCIP1IF();
   scip1.doVersion();
   scip1.doLaser(true);
@@ -25,24 +24,9 @@ TEST(Scip1Commands, AreExactOnTheWire) {
             (tLines{"V", "L0", "L1", "S0192001234567", "any thing", "G04472501", "G1234-05100"}));
 }
 
-// Catches: a sensor's refusal taken for success or for a failed line, or the other way round.
-TEST(Scip1Commands, ResultsTellRefusalsFromFailures) {
-  using tRow = std::tuple<const char*, int, int>;
-  cHeldRig rig;
-  rig.port->readTimeout = 100;
-  for (const auto& [answer, result, error] :
-       {tRow{"L0\n0\nbody\n\n", 0, 0x400}, tRow{"L0\n9\n\n", 9, 0x409},
-        tRow{"L0\n10\n\n", -1, 0x10}, tRow{"L1\n0\n\n", -1, 0x08}}) {
-    rig.script("L", answer);
-    EXPECT_EQ(rig.driver->doLaser(true), result) << answer;
-    EXPECT_EQ(rig.driver->getErr(), error) << answer;
-  }
-}
-
 // Catches: values that are trimmed, keys that are missed, a failure that empties what was known;
 // other figures than a SCIP 1.x sensor's, on the driver or on the adapter's face.
-TEST(Scip1Commands, InformationIsTheSensorsOrGiven) {
-  cHeldRig rig;
+TEST_F(Scip1, InformationIsTheSensorsOrGiven) {
   const std::string body = "VEND: maker \nPROD:ABC;\nFIRM:1:2\nPROT:first\nPROT:last\nSERI\nVE\n";
   rig.script("V", record("V", "0", body));
   EXPECT_EQ(rig.driver->doVersion(), 0);
@@ -50,7 +34,7 @@ TEST(Scip1Commands, InformationIsTheSensorsOrGiven) {
   rig.script("V", record("V", "3", "VEND:other\n"));
   EXPECT_EQ(rig.driver->doVersion(), 3);
   for (const iInfo* info :
-       {static_cast<const iInfo*>(rig.driver.get()), dynamic_cast<const iInfo*>(&rig.scip2())}) {
+       {static_cast<const iInfo*>(rig.driver.get()), dynamic_cast<const iInfo*>(&scip2)}) {
     EXPECT_EQ((tLines{info->getVend(), info->getProd(), info->getFirm(), info->getProt(),
                       info->getSerial(), info->getStatus(), info->getLastRawCommand()}),
               (tLines{" maker ", "ABC;", "1:2", "last", "SERI", "Sensor works well.", "V"}));
@@ -91,9 +75,8 @@ tScan decode(tDecoder& driver, const cHeldRig& rig, const std::string& body, int
 // Catches: a wrong value, order, angle or step; a line's end taken for the scan's; a group count
 // rounded the wrong way, a cluster of 0 that divides or widens the step; half a value decoded, a
 // refused scan that stays in the list or ends the process.
-TEST(Scip1Decoding, TwoCharacters) {
+TEST_F(Scip1, TwoCharacters) {
   const double step = 2 * std::acos(-1.0) / 1024;
-  cHeldRig rig;
   cSensorDriverSCIP1& two = *rig.driver;
   const tScan scan = decode(two, rig, "CB0m\noo\n00\n", 383, 386, 1);
   ASSERT_TRUE(scan);
@@ -110,13 +93,12 @@ TEST(Scip1Decoding, TwoCharacters) {
   EXPECT_FALSE(decode(two, rig, "0000\n000\n", 0, 3, 1));
   rig.script("G", record("G00000301", "0", "000\n"));
   EXPECT_EQ(two.doScan(0, 3, 1), 0);
-  EXPECT_EQ(rig.scip2().getScanNum(), 4);
+  EXPECT_EQ(scip2.getScanNum(), 4);
 }
 
 // Catches: another command's answer handed out as a scan, in a build without assertions too.
-TEST(Scip1DecodingDeathTest, MismatchEndsTheProcess) {
+TEST_F(Scip1, MismatchEndsTheProcess) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";
-  cHeldRig rig;
   EXPECT_DEATH(decode(*rig.driver, rig, "0000\n", 0, 2, 1),
                "comm error: mixed response\\? \\(ret: 2 expected:3\\)\n.*px != 0");
 }

@@ -9,9 +9,7 @@
 
 // Catches: N scans instead of N + 1; a count that runs ahead of the scans or behind them, that
 // starts over after a stop, or that a failed scan shortens or ends.
-TEST(Scip1Counting, CountOfThreeGivesFourOverAStopAndRefusals) {
-  cHeldRig rig;
-  iSCIP2IF& scip2 = rig.scip2();
+TEST_F(Scip1, CountOfThreeGivesFourOverAStopAndRefusals) {
   rig.letGo(0);
   EXPECT_EQ(scip2.scansToGo(), 0);
   EXPECT_EQ(scip2.resumeScan(), -1);
@@ -36,12 +34,11 @@ TEST(Scip1Counting, CountOfThreeGivesFourOverAStopAndRefusals) {
 }
 
 // Catches: a last scan that wakes its waiter while isScanning() is still true.
-TEST(Scip1Counting, WaiterWakesAfterTheLastScan) {
-  cHeldRig rig;
+TEST_F(Scip1, WaiterWakesAfterTheLastScan) {
   for (int round = 0; round < 100; ++round) {
     ASSERT_EQ(rig.startTwoPoints(1), 1);
-    for (std::size_t taken = 0; taken < 2 || rig.scip2().isScanning();) {
-      ASSERT_TRUE(rig.scip2().waitScan(LONG)) << "round " << round << ", taken " << taken;
+    for (std::size_t taken = 0; taken < 2 || scip2.isScanning();) {
+      ASSERT_TRUE(scip2.waitScan(LONG)) << "round " << round << ", taken " << taken;
       taken += rig.takeAll().size();
     }
   }
@@ -49,9 +46,7 @@ TEST(Scip1Counting, WaiterWakesAfterTheLastScan) {
 
 // Catches: memory that grows while nobody reads, the newest scans dropped instead of the oldest, a
 // place counted from the other end, a scan lost to a look that finds nothing.
-TEST(Scip1Counting, ListKeepsTheNewestThirtyByPlace) {
-  cHeldRig rig;
-  iSCIP2IF& scip2 = rig.scip2();
+TEST_F(Scip1, ListKeepsTheNewestThirtyByPlace) {
   rig.startTwoPoints(34);
   ASSERT_TRUE(rig.hears("G", 35));
   ASSERT_TRUE(rig.waitForIdle());
@@ -72,9 +67,7 @@ TEST(Scip1Counting, ListKeepsTheNewestThirtyByPlace) {
 // Catches: one stored scan instead of two, a range that is not the caller's; a refused call that
 // changes the running scan, an abort that stops it; requests served more than one a scan, out of
 // order, or lost; the wrong one sent.
-TEST(Scip1Counting, CallsWhileScanningAreRefusedOrWaitTheirTurn) {
-  cHeldRig rig;
-  iSCIP2IF& scip2 = rig.scip2();
+TEST_F(Scip1, CallsWhileScanningAreRefusedOrWaitTheirTurn) {
   EXPECT_EQ(scip2.getStoredScan(7, 8, 1, 0), 0);
   ASSERT_TRUE(rig.hears("G", 2));
   ASSERT_TRUE(rig.waitForIdle());
@@ -102,30 +95,28 @@ TEST(Scip1Counting, CallsWhileScanningAreRefusedOrWaitTheirTurn) {
 
 // Catches: endless scanning that goes on after a failure, a waiter that is not told of it; a count
 // below -1 that is not endless.
-TEST(Scip1Counting, FailureEndsEndlessScanning) {
-  cHeldRig rig;
+TEST_F(Scip1, FailureEndsEndlessScanning) {
   rig.letGo(3);
   rig.startTwoPoints(INT_MIN);
   ASSERT_TRUE(rig.hears("G", 4));
   EXPECT_EQ(rig.takeAll(), (tNumbers{0, 1, 2}));
-  rig.scip2().waitScan(0);  // takes a signal left from them
+  scip2.waitScan(0);  // takes a signal left from them
   rig.script("G", record("G00000101", "1"));
   rig.letGo(-1);
-  EXPECT_TRUE(rig.scip2().waitScan(LONG));
-  EXPECT_FALSE(rig.scip2().isScanning());
-  EXPECT_EQ(rig.scip2().getScanNum(), 0);
+  EXPECT_TRUE(scip2.waitScan(LONG));
+  EXPECT_FALSE(scip2.isScanning());
+  EXPECT_EQ(scip2.getScanNum(), 0);
   EXPECT_EQ(rig.driver->getErr(), 0x401);
 }
 
 // Catches: a start that is still queued when the stop comes and starts all the same.
-TEST(Scip1Counting, StopRightAfterStartStops) {
-  cHeldRig rig;
+TEST_F(Scip1, StopRightAfterStartStops) {
   for (std::size_t round = 1; round <= 50; ++round) {
     EXPECT_EQ(rig.startTwoPoints(0), 1);
-    EXPECT_EQ(rig.scip2().stopAll(), 0);
-    rig.scip2().startStoringScan();
+    EXPECT_EQ(scip2.stopAll(), 0);
+    scip2.startStoringScan();
     ASSERT_TRUE(rig.hears("L0", round)) << "the last request";
-    ASSERT_FALSE(rig.scip2().isScanning()) << "round " << round;
+    ASSERT_FALSE(scip2.isScanning()) << "round " << round;
   }
 }
 
@@ -136,13 +127,13 @@ TEST(Scip1Counting, AbortStartsNothingAgain) {
     rig.letGo(0);
     rig.startTwoPoints(1);
     ASSERT_TRUE(rig.hears("G", 1));
-    for (int i = 0; i < 3; ++i) rig.scip2().abortScan();
-    if (stops) rig.scip2().stopAll();
+    for (int i = 0; i < 3; ++i) rig.scip2.abortScan();
+    if (stops) rig.scip2.stopAll();
     rig.letGo(-1);
     ASSERT_TRUE(stops || (rig.hears("G", 2) && rig.waitForIdle()));
-    rig.scip2().startStoringScan();
+    rig.scip2.startStoringScan();
     ASSERT_TRUE(rig.hears("L0", 1)) << "the last request";
-    EXPECT_FALSE(rig.scip2().isScanning());
+    EXPECT_FALSE(rig.scip2.isScanning());
     EXPECT_EQ(rig.sensor.getCommands().size(), stops ? 2u : 3u);
   }
 }
@@ -154,44 +145,42 @@ TEST(Scip1Counting, OldPassLeavesTheNewStartAlone) {
     cHeldRig rig;
     rig.letGo(0);
     rig.script("G010011", record("G01001101", status, *status == '0' ? "0000\n" : ""));
-    rig.scip2().startScan(10, 11, 1, 36000, 0, 0);
+    rig.scip2.startScan(10, 11, 1, 36000, 0, 0);
     ASSERT_TRUE(rig.hears("G010011", 1));
-    rig.scip2().stopAll();
-    EXPECT_EQ(rig.scip2().startScan(20, 21, 1, 0, 1, 0), 1);
+    rig.scip2.stopAll();
+    EXPECT_EQ(rig.scip2.startScan(20, 21, 1, 0, 1, 0), 1);
     rig.letGo(-1);
     ASSERT_TRUE(rig.hears("G020021", 2));
     ASSERT_TRUE(rig.waitForIdle());
     EXPECT_EQ(rig.sensor.getCommands(), (tLines{"G01001101", "G02002101", "G02002101"}));
-    EXPECT_EQ(rig.scip2().getScanNum(), *status == '0' ? 3 : 2);
+    EXPECT_EQ(rig.scip2.getScanNum(), *status == '0' ? 3 : 2);
   }
 }
 
 // Catches: a period of a whole number of milliseconds that only the rounded product reaches; a wait
 // in another unit, or none.
-TEST(Scip1Schedule, PeriodIsTheExactProductTruncated) {
+TEST_F(Scip1, PeriodIsTheExactProductTruncated) {
   using tRow = std::pair<int, std::int64_t>;
   for (const auto& [tenths, milliseconds] :
        {tRow{0, 0}, tRow{3, 300}, tRow{43, 4299}, tRow{81, 8099}, tRow{INT_MAX, 214748364700}}) {
     EXPECT_EQ(cSCIP12Adapter::toMilliseconds(tenths * 0.1), milliseconds) << tenths;
   }
-  cHeldRig rig;
-  const long taken = measure([&rig] {
-    rig.scip2().startScan(0, 1, 1, 1, 3, 0);
-    for (int number = 0; number < 4; ++number) EXPECT_EQ(numberOf(takeScan(rig.scip2())), number);
+  const long taken = measure([&] {
+    scip2.startScan(0, 1, 1, 1, 3, 0);
+    for (int number = 0; number < 4; ++number) EXPECT_EQ(numberOf(takeScan(scip2)), number);
   });
   EXPECT_GE(taken, 299);
   EXPECT_LT(taken, 10000);
 }
 
 // Catches: scans that are put off, each by a period more, after one that took three periods.
-TEST(Scip1Schedule, CatchesUpBackToBack) {
-  cHeldRig rig;
+TEST_F(Scip1, CatchesUpBackToBack) {
   rig.letGo(0);
-  rig.scip2().startScan(0, 1, 1, 10, 0, 0);
+  scip2.startScan(0, 1, 1, 10, 0, 0);
   ASSERT_TRUE(rig.hears("G", 1));
-  EXPECT_FALSE(rig.scip2().waitScan(3100)) << "no scan comes in three periods";
+  EXPECT_FALSE(scip2.waitScan(3100)) << "no scan comes in three periods";
   rig.letGo(-1);
-  EXPECT_LT(measure([&rig] { EXPECT_TRUE(rig.hears("G", 4)); }), 1900);
+  EXPECT_LT(measure([&] { EXPECT_TRUE(rig.hears("G", 4)); }), 1900);
 }
 
 // Catches: a driver whose end hangs, waits out its period, or decodes half an answer and dies.
@@ -207,9 +196,9 @@ TEST(Scip1Schedule, EndTakesOneExchangeAtMost) {
       ASSERT_TRUE(rig.sensor.waitFor(&cSimCounters::records, 1, LONG_TIME));
       rig.sensor.say(endless);
     } else {
-      rig.scip2().startScan(0, 1, 1, 36000, 5, 0);  // one an hour
-      ASSERT_TRUE(rig.scip2().waitScan(LONG));
-      EXPECT_FALSE(rig.scip2().waitScan(100));
+      rig.scip2.startScan(0, 1, 1, 36000, 5, 0);  // one an hour
+      ASSERT_TRUE(rig.scip2.waitScan(LONG));
+      EXPECT_FALSE(rig.scip2.waitScan(100));
     }
     EXPECT_LT(measure([&rig] { rig.driver.reset(); }), 10000);
     EXPECT_FALSE(rig.port->isInterrupted());
@@ -218,34 +207,33 @@ TEST(Scip1Schedule, EndTakesOneExchangeAtMost) {
 
 // Catches: two workers on one line, of which one is lost with its thread; messages with other texts
 // or values, on another stream, once instead of each time.
-TEST(Scip1Threads, FirstFaceIsMadeOnce) {
-  cHeldRig rig;
+TEST_F(Scip1, FirstFaceIsMadeOnce) {
+  cSensorDriverSCIP1 driver(rig.link);
   std::atomic<int> ready{0};
   const auto ask = [&] {
     ++ready;
     while (ready < 2) std::this_thread::yield();
-    rig.driver->getSCIP2IF();
+    driver.getSCIP2IF();
   };
   const cOutput output = outputOf([&] {
     std::thread other(ask);
     ask();
     other.join();
-    EXPECT_EQ(rig.scip2().startScan(0, 1, 2, 3, 0, 0), 1);
+    EXPECT_EQ(driver.getSCIP2IF()->startScan(0, 1, 1, 3, 0, 4095), 1);
   });
   const std::string creating = "Creating SCIP2 Adapter\n";
   const std::string started = "New SCIP2 Adapter starting..\nNew SCIP2 Adapter started\n";
   EXPECT_EQ(output.err, creating + "New SCIP2 Adapter created\n" + started + creating + started +
                             creating + started +
-                            "Starting scan st:0 ed:1 sk:2 ssk:3 s#:-1 mx:0\n"
+                            "Starting scan st:0 ed:1 sk:1 ssk:3 s#:-1 mx:4095\n"
                             "resetting interval :0.300000[ms] (from 3 scan)\n");
   EXPECT_EQ(output.out, "");
 }
 
 // Catches: a scan lost or taken twice where taking, counting and trimming meet; an answer, or half
 // of it, read by another thread; a caller who never gets a turn.
-TEST(Scip1Threads, TenThousandScansBesideCommands) {
+TEST_F(Scip1, TenThousandScansBesideCommands) {
   const std::string version = "VEND:maker;\nPROD:scanner;\n";
-  cHeldRig rig;
   rig.script("V", record("V", "0", version));
   rig.script("X", record("X", "7", "other\n"));
   rig.letGo(28);  // scans that the sensor may be ahead, so that the limit drops none
@@ -253,7 +241,7 @@ TEST(Scip1Threads, TenThousandScansBesideCommands) {
   std::thread other([&] {
     for (int i = 0; i < 100; ++i) {
       rig.letGo(1);
-      EXPECT_EQ(i % 2 == 0 ? rig.driver->doRaw("X") - 7 : rig.scip2().fetchVersionStr(), 0);
+      EXPECT_EQ(i % 2 == 0 ? rig.driver->doRaw("X") - 7 : scip2.fetchVersionStr(), 0);
       const std::string body = rig.driver->getResponseBody();
       EXPECT_TRUE(body == version || body == "other\n" || body.size() == 5) << body;
     }
@@ -261,8 +249,8 @@ TEST(Scip1Threads, TenThousandScansBesideCommands) {
   for (int number = 0; number < 10000 && !testing::Test::HasFailure(); ++number) {
     tScan scan;
     do {
-      if (rig.scip2().getScanNum() > 0) scan = rig.scip2().getScanFirst();
-    } while (!scan && rig.scip2().waitScan(LONG));
+      if (scip2.getScanNum() > 0) scan = scip2.getScanFirst();
+    } while (!scan && scip2.waitScan(LONG));
     EXPECT_EQ(numberOf(scan), number);
     rig.letGo(1);
   }
