@@ -55,9 +55,9 @@ class cHeldRig {
 
   /// Two points, steps 0 to 1, back to back.
   int startTwoPoints(int count) { return scip2.startScan(0, 1, 1, 0, count, 4095); }
-  /// Waits until the worker does not scan any more.
-  bool waitForIdle() {
-    return eventually([this] { return !scip2.isScanning(); });
+  /// Whether the worker scans no more after `count` requests of a scan.
+  bool isOverAfter(std::size_t count) {
+    return hears("G", count) && eventually([this] { return !scip2.isScanning(); });
   }
   /// The numbers of the scans in the list, which is empty afterwards.
   tNumbers takeAll() {

@@ -29,7 +29,7 @@ TEST_F(Scip1, CountOfThreeGivesFourOverAStopAndRefusals) {
   ASSERT_TRUE(rig.hears("G", 6));
   EXPECT_TRUE(scip2.isScanning());
   rig.script("G", "");
-  ASSERT_TRUE(rig.waitForIdle());
+  ASSERT_TRUE(rig.isOverAfter(6));
   EXPECT_EQ(rig.takeAll(), tNumbers{3});
 }
 
@@ -48,8 +48,7 @@ TEST_F(Scip1, WaiterWakesAfterTheLastScan) {
 // place counted from the other end, a scan lost to a look that finds nothing.
 TEST_F(Scip1, ListKeepsTheNewestThirtyByPlace) {
   rig.startTwoPoints(34);
-  ASSERT_TRUE(rig.hears("G", 35));
-  ASSERT_TRUE(rig.waitForIdle());
+  ASSERT_TRUE(rig.isOverAfter(35));
   EXPECT_EQ(scip2.getScanNum(), 30);
   for (const int i : {30, -1, INT_MIN}) EXPECT_FALSE(scip2.getScanFirst(i)) << i;
   for (const int i : {0, 28, 30, -1, INT_MIN}) EXPECT_FALSE(scip2.getScanLast(i)) << i;
@@ -69,8 +68,7 @@ TEST_F(Scip1, ListKeepsTheNewestThirtyByPlace) {
 // order, or lost; the wrong one sent.
 TEST_F(Scip1, CallsWhileScanningAreRefusedOrWaitTheirTurn) {
   EXPECT_EQ(scip2.getStoredScan(7, 8, 1, 0), 0);
-  ASSERT_TRUE(rig.hears("G", 2));
-  ASSERT_TRUE(rig.waitForIdle());
+  ASSERT_TRUE(rig.isOverAfter(2));
   EXPECT_EQ(rig.takeAll(), (tNumbers{0, 1}));
   EXPECT_EQ(scip2.setCommSpeed(115200), 1);
   ASSERT_TRUE(rig.sensor.waitFor(&cSimCounters::records, 3, LONG_TIME));
@@ -130,7 +128,7 @@ TEST(Scip1Counting, AbortStartsNothingAgain) {
     for (int i = 0; i < 3; ++i) rig.scip2.abortScan();
     if (stops) rig.scip2.stopAll();
     rig.letGo(-1);
-    ASSERT_TRUE(stops || (rig.hears("G", 2) && rig.waitForIdle()));
+    ASSERT_TRUE(stops || rig.isOverAfter(2));
     rig.scip2.startStoringScan();
     ASSERT_TRUE(rig.hears("L0", 1)) << "the last request";
     EXPECT_FALSE(rig.scip2.isScanning());
@@ -141,19 +139,22 @@ TEST(Scip1Counting, AbortStartsNothingAgain) {
 // Catches: a scan of a stopped start that counts for, ends, or lends its range to the next one; a
 // new start that waits for the old one's period.
 TEST(Scip1Counting, OldPassLeavesTheNewStartAlone) {
-  for (const char* status : {"0", "1"}) {
+  for (const bool isGood : {true, false}) {
     cHeldRig rig;
     rig.letGo(0);
-    rig.script("G010011", record("G01001101", status, *status == '0' ? "0000\n" : ""));
+    rig.script("G010011", record("G01001101", isGood ? "0" : "1", isGood ? "0000\n" : ""));
     rig.scip2.startScan(10, 11, 1, 36000, 0, 0);
     ASSERT_TRUE(rig.hears("G010011", 1));
     rig.scip2.stopAll();
-    EXPECT_EQ(rig.scip2.startScan(20, 21, 1, 0, 1, 0), 1);
+    EXPECT_EQ(rig.scip2.startScan(20, 21, 1, 36000, isGood ? 1 : 0, 0), 1);
+    rig.letGo(1);
+    ASSERT_TRUE(rig.hears("G02002101", 1));
+    rig.scip2.startStoringScan();
     rig.letGo(-1);
-    ASSERT_TRUE(rig.hears("G020021", 2));
-    ASSERT_TRUE(rig.waitForIdle());
-    EXPECT_EQ(rig.sensor.getCommands(), (tLines{"G01001101", "G02002101", "G02002101"}));
-    EXPECT_EQ(rig.scip2.getScanNum(), *status == '0' ? 3 : 2);
+    ASSERT_TRUE(rig.hears("L0", 1)) << "once the scan is counted";
+    EXPECT_TRUE(rig.scip2.isScanning());
+    EXPECT_EQ(rig.scip2.scansToGo(), isGood ? 0 : -1);
+    EXPECT_EQ(rig.scip2.getScanNum(), isGood ? 2 : 1);
   }
 }
 
