@@ -1,7 +1,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <spawn.h>
 #include <sys/types.h>
 #include <termios.h>
 
@@ -59,21 +58,15 @@ class cProgram {
   // Of a program on a terminal only:
   void type(const std::string& keys) const;
   void resize(int columns, int rows) const;
-  termios getModes();  ///< as it has them, or left them
+  termios getModes();  ///< as it has them, or had them when it last said something
 
  private:
-  void openTerminal(posix_spawn_file_actions_t& actions);
-  void leaveTerminal();
-  bool hasEnded() const;
-  bool pump(const std::function<bool()>& isDone, cTimeOut timeOut);
-  static void take(int& fd, std::string& text);
+  void pump(const std::function<bool()>& isDone, cTimeOut timeOut, const std::string& complaint);
 
   pid_t pid = -1;
-  int pidFd = -1;
-  int outputFd = -1;    // -1 once it is at its end, or closed
-  int errorFd = -1;     // of pipes
-  int terminalFd = -1;  // its far end, which keeps it there until the program has ended
-  termios modes{};      // when last looked at
+  int outputFd = -1;  // -1 once it is at its end, or closed
+  int errorFd = -1;   // of pipes
+  termios modes{};
   std::string output;
   std::string errors;
   std::size_t seen = 0;  // of the output
@@ -89,7 +82,7 @@ cResult runProgram(const std::vector<std::string>& arguments, const cStart& star
 
 /// The same as the user nobody, who may only read everything: the build may lie in a folder that is
 /// root's alone. For root.
-cResult runAsNobody(const std::vector<std::string>& arguments);
+cResult runAsNobody(std::vector<std::string> arguments);
 
 /// `text` cut at its line ends.
 std::vector<std::string> linesOf(const std::string& text);
