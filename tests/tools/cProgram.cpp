@@ -55,7 +55,7 @@ cProgram::cProgram(const std::vector<std::string>& arguments, const cStart& star
   for (char** entry = environ; *entry != nullptr; ++entry) envp.push_back(*entry);
   envp.push_back(nullptr);
 
-  if (start.setting == eSetting::TERMINAL) {
+  if (start.isOnTerminal) {
     const winsize size{24, 80, 0, 0};
     pid = forkpty(&outputFd, nullptr, nullptr, &size);
     if (pid == 0) become(argv, envp);
@@ -68,7 +68,6 @@ cProgram::cProgram(const std::vector<std::string>& arguments, const cStart& star
       dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
       dup2(out[1], STDOUT_FILENO);
       dup2(err[1], STDERR_FILENO);
-      if (start.setting == eSetting::SESSION) setsid();
       become(argv, envp);
     }
     close(out[1]);
@@ -125,10 +124,8 @@ void cProgram::type(const std::string& keys) const {
   }
 }
 
-void cProgram::resize(int columns, int rows) const {
-  winsize size{};
-  size.ws_col = static_cast<unsigned short>(columns);
-  size.ws_row = static_cast<unsigned short>(rows);
+void cProgram::resize(unsigned short columns, unsigned short rows) const {
+  const winsize size{rows, columns, 0, 0};
   ioctl(outputFd, TIOCSWINSZ, &size);
 }
 
@@ -166,7 +163,7 @@ cResult runAsNobody(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), {"--reuid=65534", "--regid=65534", "--clear-groups",
                                        "--inh-caps=+dac_read_search",
                                        "--ambient-caps=+dac_read_search", PROGRAM_PATH});
-  return runProgram(arguments, {{}, eSetting::PIPES, "/usr/bin/setpriv"});
+  return runProgram(arguments, {"/usr/bin/setpriv"});
 }
 
 std::vector<std::string> linesOf(const std::string& text) {

@@ -9,20 +9,14 @@
 #include <string>
 #include <vector>
 
-/// What a program's input, output and errors are.
-enum class eSetting {
-  PIPES,     ///< output and errors; no input
-  SESSION,   ///< as PIPES, in a session of its own, with no terminal
-  TERMINAL,  ///< one of its own, of 80 x 24 cells, as its user has it
-};
-
 /// How a program is started.
 struct cStart {
+  std::string path = PROGRAM_PATH;
   /// "NAME=value", before the test's own. No serial device is there unless TARVOLINK_DEVICES says
   /// so.
-  std::vector<std::string> environment;
-  eSetting setting = eSetting::PIPES;
-  std::string path = PROGRAM_PATH;
+  std::vector<std::string> environment = {};
+  /// Of 80 x 24 cells, its own. Else there are pipes, and no input.
+  bool isOnTerminal = false;
 };
 
 /// A program as a process of its own.
@@ -57,7 +51,7 @@ class cProgram {
 
   // Of a program on a terminal only:
   void type(const std::string& keys) const;
-  void resize(int columns, int rows) const;
+  void resize(unsigned short columns, unsigned short rows) const;
   termios getModes();  ///< as it has them, or had them when it last said something
 
  private:

@@ -5,19 +5,18 @@
 
 using nlohmann::json;
 
-// Would catch a line speed told that is not the one found: this sensor is found by a later
-// detection.
+// Would catch a line speed told that is not the one found (this sensor is found by a later
+// detection), and figures missing where the first identity and parameter answers are lost.
 TEST(ProgramInfo, tellsInJsonWhatTheSensorTells) {
   cSimSetting setting;
   setting.model = eSimModel::LONG_RANGE;
   setting.speed = 57600;
-  const cSimSensor sensor(setting);
+  cSimSensor sensor(setting);
+  sensor.setFault(eSimFault::NO_ANSWER, cSimSensor::DEFAULT_VALUE, "VV", 1);
+  sensor.setFault(eSimFault::WRONG_SUM, 1, "PP", 1);
   const cResult result = runProgram({"info", sensor.getPath(), "--json"});
   ASSERT_EQ(result.status, 0) << result.errors;
   const json object = json::parse(result.output);
-  for (const char* text : {"product", "firmware", "protocol", "serial", "status"}) {
-    EXPECT_NE(object[text], "") << text;
-  }
   const json expected = {{"device", sensor.getPath()},
                          {"dialect", "SCIP 2.0"},
                          {"vendor", "Simulated sensors"},
@@ -30,24 +29,4 @@ TEST(ProgramInfo, tellsInJsonWhatTheSensorTells) {
                          {"speed_rpm", 2400},
                          {"line_speed_bps", 57600}};
   for (const auto& [key, value] : expected.items()) EXPECT_EQ(object[key], value) << key;
-}
-
-// Would catch chatter between the data, and a default device that goes unsaid.
-TEST(ProgramInfo, isReadableAndSaysWhichDeviceItTook) {
-  const cResult result = runProgram({"info"});
-  ASSERT_EQ(result.status, 0) << result.errors;
-  EXPECT_TRUE(holds(result.errors, "no DEVICE given"));
-  EXPECT_EQ(linesOf(result.output).size(), 16u);
-  EXPECT_TRUE(holds(result.output, "Longest distance   5600 mm\n"));
-}
-
-// A first identity and a first parameter answer that are lost leave them empty.
-TEST(ProgramInfo, fetchesAgainWhatDetectionCameBackWithout) {
-  cSimSensor sensor{cSimSetting{}};
-  sensor.setFault(eSimFault::NO_ANSWER, cSimSensor::DEFAULT_VALUE, "VV", 1);
-  sensor.setFault(eSimFault::WRONG_SUM, 1, "PP", 1);
-  const cResult result = runProgram({"info", sensor.getPath(), "--json"});
-  ASSERT_EQ(result.status, 0) << result.errors;
-  EXPECT_EQ(json::parse(result.output)["vendor"], "Simulated sensors");
-  EXPECT_EQ(json::parse(result.output)["steps_per_turn"], 1024);
 }

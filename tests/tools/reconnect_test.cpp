@@ -1,21 +1,30 @@
 #include <csignal>
 
 #include "sim/tarvosim.h"
-#include "tests/support/cCaseName.h"
 #include "tests/tools/cProgram.h"
 #include "tests/tools/cTempFolder.h"
 #include "tests/tools/simSettings.h"
 
 namespace {
 
-constexpr std::chrono::seconds PATIENCE{60};
-
 /// A scan that is to outlive its sensor's cable, by a link that follows the device.
-struct cLastingScan {
+class ProgramReconnect : public testing::Test {
+ protected:
+  static constexpr std::chrono::seconds PATIENCE{60};
+
   static cSimSetting withLink(const std::string& link) {
     cSimSetting setting = fastTurning();
     setting.link = link;
     return setting;
+  }
+
+  void SetUp() override { ASSERT_TRUE(sensor.waitForSentScans(5, PATIENCE)); }
+
+  void expectEndBySignal() {
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.wait(), 0) << program.getErrors();
+    EXPECT_GT(linesOf(readFile(file)).size(), 682u);
+    EXPECT_TRUE(holds(program.getErrors(), " 0 reconnects"));
   }
 
   cTempFolder folder;
@@ -27,49 +36,31 @@ struct cLastingScan {
 
 }  // namespace
 
-TEST(ProgramReconnect, goesOnWhenTheDeviceIsBackUnderItsName) {
-  cLastingScan run;
-  ASSERT_TRUE(run.sensor.waitForSentScans(5, PATIENCE));
-  run.sensor.unplug();
-  run.program.waitForError("waiting for " + run.link);
-  run.sensor.plug();
-  const auto scans = run.sensor.getCounters().scans;
-  ASSERT_TRUE(run.sensor.waitForSentScans(scans + 5, PATIENCE));
-  run.program.signal(SIGINT);
-  EXPECT_EQ(run.program.wait(), 0) << run.program.getErrors();
-  const auto lines = linesOf(readFile(run.file));
-  for (std::size_t i = 1; i < lines.size(); ++i) {
-    ASSERT_EQ(std::stoul(lines[i]), (i + 681) / 682)
-        << "not counted on, or the heading comes again";
-  }
-  EXPECT_TRUE(holds(run.program.getErrors(), " 1 reconnects"));
-  EXPECT_FALSE(run.sensor.isScanning());
+// Would catch a run that ends with the cable, counts its scans anew or writes its heading again.
+TEST_F(ProgramReconnect, goesOnWhenTheDeviceIsBackUnderItsName) {
+  sensor.unplug();
+  program.waitForError("waiting for " + link);
+  sensor.plug();
+  const auto scans = sensor.getCounters().scans;
+  ASSERT_TRUE(sensor.waitForSentScans(scans + 5, PATIENCE));
+  program.signal(SIGINT);
+  EXPECT_EQ(program.wait(), 0) << program.getErrors();
+  const auto lines = linesOf(readFile(file));
+  for (std::size_t i = 1; i < lines.size(); ++i) ASSERT_EQ(std::stoul(lines[i]), (i + 681) / 682);
+  EXPECT_TRUE(holds(program.getErrors(), " 1 reconnects"));
+  EXPECT_FALSE(sensor.isScanning());
 }
 
-struct cLoss {
-  const char* name;
-  void (*lose)(cSimSensor& sensor);
-  std::size_t searches;  // that began until then, the first one too: each asks "VV" once
-};
-
-class ProgramWaiting : public testing::TestWithParam<cLoss> {};
-
-// In a search the process ends at once, from the middle of the library.
-TEST_P(ProgramWaiting, isEndedByASignalThatFinishesTheFile) {
-  cLastingScan run;
-  ASSERT_TRUE(run.sensor.waitForSentScans(5, PATIENCE));
-  GetParam().lose(run.sensor);
-  run.program.waitForError("waiting for ");
-  ASSERT_TRUE(run.sensor.waitForCommand("VV", PATIENCE, GetParam().searches));
-  run.program.signal(SIGTERM);
-  EXPECT_EQ(run.program.wait(), 0) << run.program.getErrors();
-  EXPECT_GT(linesOf(readFile(run.file)).size(), 682u);
-  EXPECT_TRUE(holds(run.program.getErrors(), " 0 reconnects"));
+// Would catch a wait that no signal ends, or that loses the file then.
+TEST_F(ProgramReconnect, isEndedBySignalWhileItWaits) {
+  sensor.unplug();
+  program.waitForError("waiting for ");
+  expectEndBySignal();
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, ProgramWaiting,
-    testing::Values(cLoss{"forTheDevice", [](cSimSensor& sensor) { sensor.unplug(); }, 1},
-                    cLoss{"inASearch",
-                          [](cSimSensor& sensor) { sensor.setFault(eSimFault::STALL); }, 2}),
-    cCaseName());
+// There the process ends at once, from the middle of the library.
+TEST_F(ProgramReconnect, isEndedBySignalInASearch) {
+  sensor.setFault(eSimFault::STALL);
+  ASSERT_TRUE(sensor.waitForCommand("VV", PATIENCE, 2)) << "the first search asked once";
+  expectEndBySignal();
+}

@@ -1,22 +1,8 @@
 // A host program as somebody else's project has it: it derives from one of the library's classes,
-// catches what the library throws, and casts from one type to another across the border.
+// and calls what is in the library.
 #include <tarvolink/tarvolink.h>
 
 #include <iostream>
-#include <stdexcept>
-#include <string>
-
-namespace {
-
-bool throwsAcross() {
-  std::string line;
-  try {
-    cSCIP2Comm::validateLine(line, false);
-  } catch (const std::out_of_range&) {
-    return true;
-  }
-  return false;
-}
 
 class cIdler : public kavTBX::cThread {
   void threadInit() override {}
@@ -24,16 +10,10 @@ class cIdler : public kavTBX::cThread {
   void threadFinReq() override {}
 };
 
-bool castsAcross() {
-  cIdler idler;
-  kavTBX::cThread* thread = &idler;
-  return dynamic_cast<cIdler*>(thread) != nullptr;
-}
-
-}  // namespace
-
 int main() {
+  cIdler idler;
+  kavTBX::cThread* const thread = &idler;
   const bool isRefused = !cSensorDriverManager::create("/dev/null");  // no terminal, no search
-  if (!isRefused || !throwsAcross() || !castsAcross()) return 1;
+  if (!isRefused || dynamic_cast<cIdler*>(thread) == nullptr) return 1;
   std::cout << "a host of tarvolink\n";
 }

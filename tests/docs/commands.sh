@@ -1,0 +1,47 @@
+#!/bin/bash
+# commands.sh SOURCE FOLDER: what the documents point to is there, and their commands work: the
+# program's (it is in FOLDER) with a simulated sensor, in a folder of their own, and with an end.
+set -uo pipefail
+cd "$1" || exit
+export PATH=$2:$PATH TARVOLINK_DEVICES= links=0 failed=0
+documents=(README.md CONTRIBUTING.md $(find docs -name '*.md'))
+folder=$(mktemp -d)
+trap 'rm -r "$folder"' EXIT
+
+fail() {
+  echo "$*" >&2
+  failed=1
+}
+
+# Goes on until it is told to stop.
+run_sim() {
+  coproc { exec $1 2>&1; }
+  read -r -t 60 -u "${COPROC[0]}" && kill -TERM "$COPROC_PID" && wait "$COPROC_PID"
+}
+
+try() {
+  case $1 in
+    script/*) [ -x "${1%% *}" ] ;;
+    *"| jq"*) ! command -v jq >/dev/null || (cd "$folder" && eval "$1" >/dev/null) ;;
+    "tarvolink sim "*) run_sim "$1" ;;
+    *) (cd "$folder" && eval "$1" >/dev/null) ;;
+  esac
+}
+
+for document in "${documents[@]}"; do
+  for target in $(grep -oP '\]\(\K[^)#:]+(?=[)#])' "$document"); do
+    [ -e "$(dirname "$document")/$target" ] || fail "$document: $target"
+    links=$((links + 1))
+  done
+done
+
+# In a block a line is a command up to two blanks, after which stands what it does.
+mapfile -t commands < <(awk '/```/ { inside = !inside } inside' "${documents[@]}" |
+  sed -nE -e 's/^ *(tarvolink |script\/)/\1/; T; s/  .*//' \
+    -e "s|/dev/ttyACM0|sim:|; s/-n 0/-n 3/; s/view sim:/& --once/; s|/tmp/sensor|$folder/sensor|; s/ &$//; p")
+for command in "${commands[@]}"; do
+  try "$command" || fail "failed: $command"
+done
+
+((links >= 20 && ${#commands[@]} >= 12)) || fail "only $links links and ${#commands[@]} commands were found"
+exit $failed
