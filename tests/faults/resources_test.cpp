@@ -3,7 +3,7 @@
 #include <new>
 
 #include "tests/faults/cChild.h"
-#include "tests/faults/shim.h"
+#include "tests/support/syscalls.h"
 
 namespace {
 
@@ -42,13 +42,13 @@ void scanOnce(cFaultRig& rig) {
 /// A whole run with the n-th call failing.
 void run(const char* call, eSimDialect dialect, int n) {
   cFaultRig rig(paced(dialect, 200));
-  shim::failNth(call, n);
+  syscalls::failNth(call, n);
   try {
     scanOnce(rig);
     rig.driver.reset();
   } catch (const std::bad_alloc&) {
   }
-  cChild::outcome = shim::hasFailed() ? 0 : UNTOUCHED;
+  cChild::outcome = syscalls::hasFailed() ? 0 : UNTOUCHED;
   EXPECT_EQ(rig.lies, 0) << call << " number " << n << " failed";
 }
 

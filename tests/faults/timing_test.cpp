@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include "tests/faults/cChild.h"
-#include "tests/faults/shim.h"
+#include "tests/support/syscalls.h"
 #include "tests/tools/cTempFolder.h"
 
 namespace {
@@ -101,13 +101,13 @@ TEST(cWallClockThatIsSet, IsBorne) {
     rig.scan(0, FAR, INTERVAL);
     for (const long step : {3600L, -7200L, 3600L}) {
       const auto begin = cClock::now();
-      shim::stepWallClock(step);
+      syscalls::stepWallClock(step);
       for (int scan = 0; scan < 5; ++scan) rig.expectTrueScan();
       EXPECT_GE(cClock::now() - begin, std::chrono::milliseconds(3 * 200));
     }
     rig.sensor.setFault(eSimFault::STALL);
     for (const long step : {3600L, -3600L}) {
-      std::thread setter([step] { shim::stepWallClock(step); });
+      std::thread setter([step] { syscalls::stepWallClock(step); });
       expectWait(rig);
       setter.join();
     }

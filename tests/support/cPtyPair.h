@@ -2,26 +2,20 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <stdexcept>
-#include <string>
+#include "tests/support/driving.h"
 
 /// The two ends of a serial cable: the test holds the master, the library opens the slave's path.
 ///
 /// A slave descriptor of its own keeps the line up and its settings while the library has it
-/// closed. Every wait ends after `PATIENCE`, with what came until then.
+/// closed. Every wait ends after `LONG_TIME`, with what came until then.
 class cPtyPair {
  public:
-  static constexpr std::chrono::seconds PATIENCE{8};
-
   cPtyPair() : master(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-    signal(SIGHUP, SIG_IGN);  // a session leader gets one when its terminal hangs up
     if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) {
       throw std::runtime_error("no pseudo-terminal to be had");
     }
@@ -56,20 +50,19 @@ class cPtyPair {
 
   /// Takes `size` characters that the library wrote.
   std::string receive(std::size_t size) const {
-    const auto deadline = std::chrono::steady_clock::now() + PATIENCE;
     std::string text;
-    while (text.size() < size && std::chrono::steady_clock::now() < deadline) {
+    eventually([&] {
       pollfd waiting = {master, POLLIN, 0};
       char c = 0;
-      if (poll(&waiting, 1, 100) > 0 && read(master, &c, 1) == 1) text += c;
-    }
+      while (text.size() < size && poll(&waiting, 1, 0) > 0 && read(master, &c, 1) == 1) text += c;
+      return text.size() >= size;
+    });
     return text;
   }
 
   /// Waits until `size` characters wait to be read by the library.
   bool waitUntilWaiting(int size) const {
-    const auto deadline = std::chrono::steady_clock::now() + PATIENCE;
-    while (countWaiting() < size && std::chrono::steady_clock::now() < deadline) usleep(200);
+    eventually([&] { return countWaiting() >= size; });
     return countWaiting() == size;
   }
 

@@ -2,13 +2,8 @@
 
 #include <sys/eventfd.h>
 
-#include <chrono>
 #include <condition_variable>
-#include <functional>
 #include <mutex>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "tests/support/cPtyPair.h"
 
@@ -38,7 +33,7 @@ class cScriptedPeer {
   /// The lines heard, once there are at least `count` of them.
   std::vector<std::string> waitLines(std::size_t count) {
     std::unique_lock<std::mutex> lock(mutex);
-    heard.wait_for(lock, cPtyPair::PATIENCE, [&] { return lines.size() >= count; });
+    heard.wait_for(lock, LONG_TIME, [&] { return lines.size() >= count; });
     return lines;
   }
 

@@ -128,8 +128,7 @@ inline std::size_t startSurely(const cSimSensor& sensor, iSCIP2IF& driver, int f
 /// Takes the oldest scan, waiting for one; empty if none comes.
 inline tScan takeScan(iSCIP2IF& driver) {
   tScan scan = driver.getScanFirst();
-  const auto deadline = std::chrono::steady_clock::now() + LONG_TIME;
-  while (!scan && std::chrono::steady_clock::now() < deadline) {
+  for (int waits = 0; !scan && waits < LONG / 100; ++waits) {
     driver.waitScan(100);
     scan = driver.getScanFirst();
   }
@@ -150,13 +149,6 @@ inline std::vector<int> truth(const cSimSensor& sensor, std::size_t index, int f
   // The host has a scan a moment before the sensor has noted it as sent.
   if (!sensor.waitForSentScans(index + 1, LONG_TIME)) return {};
   return sensor.getTrueDistances(sensor.getSentScans().at(index), first, last, cluster, most);
-}
-
-/// How long this process had a processor.
-inline double getProcessorSeconds() {
-  timespec used = {};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
-  return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
 }
 
 /// Descriptors of this process that stand for `path`.
