@@ -5,7 +5,7 @@
 
 #include "tests/driver/cScriptedDriver.h"
 
-// Would catch: a wrong decoding, order, angle or count on any model, in either form.
+// Would catch: a wrong decoding, order, angle, count or time on any model, in either form.
 TEST(Scan, IsWhatTheSensorMeasured) {
   constexpr double FULL_TURN = 6.283185307179586;
   struct cModel {
@@ -27,6 +27,8 @@ TEST(Scan, IsWhatTheSensorMeasured) {
         ASSERT_TRUE(scan);
         EXPECT_EQ(distancesOf(scan),
                   truth(sensor, sent + i, first, last, cluster, longest > 4095 ? INT_MAX : 4095));
+        const auto age = boost::posix_time::microsec_clock::local_time() - scan->timeStamp.time;
+        EXPECT_LT(std::abs(age.total_seconds()), 10);
         EXPECT_DOUBLE_EQ(scan->angleStep, cluster * FULL_TURN / perTurn);
         EXPECT_DOUBLE_EQ(scan->firstAngle, (first - front) * FULL_TURN / perTurn);
         EXPECT_DOUBLE_EQ(scan->lastAngle, (last - front) * FULL_TURN / perTurn);

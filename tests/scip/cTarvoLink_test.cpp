@@ -65,16 +65,4 @@ TEST(Link, goesOnAfterItsCableWasPulled) {
   EXPECT_TRUE(rig.link->stream->good());
 }
 
-// Would catch a record of the worker's that a caller reads half written; a time of another clock.
-TEST(Link, leavesItsOwnRecordAloneWhenAnotherIsGiven) {
-  cRig rig(keepSilent, PATIENCE);
-  rig.cable.send("VV\n0\nbody\n\n");
-  cSCIPRecord record;
-  EXPECT_TRUE(rig.link->recvRecord(record));
-  EXPECT_EQ(rig.link->record.echo, "");
-  const auto now = boost::posix_time::microsec_clock::local_time();
-  EXPECT_LE(record.time, now);
-  EXPECT_LT(now - record.time, boost::posix_time::seconds(10));
-}
-
 }  // namespace

@@ -189,6 +189,20 @@ TEST(Comm, boundsTheRequestsThatNobodyWaitsFor) {
   EXPECT_LT(used.size(), 260u);
 }
 
+// Would catch two readers on the line: the thread must be asleep, and what it waited for forgotten.
+TEST(Comm, readsNothingOnceItGaveUp) {
+  cCommRig rig(keepSilent);
+  rig.comm.sendRequest("VV", 1);
+  rig.comm.sendRequest("MD", -1);
+  rig.comm.giveUp();
+  rig.port->readTimeout = PATIENCE;
+  for (int i = 0; i < 20; ++i) {
+    rig.cable.send(answer("V" + std::to_string(i)));
+    ASSERT_TRUE(rig.link->recvRecord());
+    EXPECT_EQ(rig.link->record.echo, "V" + std::to_string(i));
+  }
+}
+
 // Would catch a driver whose destruction hangs its host. Slow babble must be ended between two
 // reads: its line or record would take 8 s and more to reach its limit.
 TEST(Stop, returnsSoon) {
