@@ -27,16 +27,15 @@ cScriptedPeer::tRule inTurn(const tLines& answers) {
 
 // Would catch: another command on the wire, a refusal taken for success.
 TEST(Commands, SendTheirLineAndTellTheAnswer) {
-  using tOperation = int (*)(cSensorDriverSCIP2 & driver);
+  using tOperation = int (cSensorDriverSCIP2::*)();
   for (const auto& [operate, line] : std::vector<std::pair<tOperation, std::string>>{
-           {[](cSensorDriverSCIP2& driver) { return driver.doLaser(false); }, "BM"},
-           {[](cSensorDriverSCIP2& driver) { return driver.startStoringScan(); }, "BM"},
-           {[](cSensorDriverSCIP2& driver) { return driver.stopAll(); }, "QT"},
-           {[](cSensorDriverSCIP2& driver) { return driver.resetURG(); }, "SS"},
-           {[](cSensorDriverSCIP2& driver) { return driver.updateStatus(); }, "II"},
-           {[](cSensorDriverSCIP2& driver) { return driver.doVersion(); }, "VV"}}) {
+           {&cSensorDriverSCIP2::startStoringScan, "BM"},
+           {&cSensorDriverSCIP2::stopAll, "QT"},
+           {&cSensorDriverSCIP2::resetURG, "SS"},
+           {&cSensorDriverSCIP2::updateStatus, "II"},
+           {&cSensorDriverSCIP2::doVersion, "VV"}}) {
     cScriptedDriver driver(inTurn({summed("00") + "\n", summed("01") + "\n", summed("0E") + "\n"}));
-    for (const int result : {0, -1, -1}) EXPECT_EQ(operate(*driver.driver), result) << line;
+    for (const int result : {0, -1, -1}) EXPECT_EQ((*driver.driver.*operate)(), result) << line;
     EXPECT_EQ(driver.peer.waitLines(3), (tLines{line + ";1", line + ";2", line + ";3"}));
   }
 }
@@ -50,8 +49,8 @@ TEST(Commands, FixedAnswersSendNothing) {
   }
   EXPECT_FALSE(driver->getScanFirst(0));
   driver->purgeScan();
-  EXPECT_EQ(driver->stopAll(), 0);
-  EXPECT_EQ(driver.peer.waitLines(1), tLines{"QT;1"}) << "the first line that was heard";
+  EXPECT_EQ(driver->doLaser(false), 0);
+  EXPECT_EQ(driver.peer.waitLines(1), tLines{"BM;1"}) << "the first line that was heard";
 }
 
 // Would catch: values trimmed or cut, keys taken for others, a refusal that empties what is known.

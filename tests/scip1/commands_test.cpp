@@ -109,15 +109,16 @@ TEST(Scip1Decoding, ThreeCharacters) {
   const std::string line(64, '0');
   const cHeldRig rig;
   cSensorDriverSCIP1z three(rig.link);
-  for (const auto& [body, message] : std::vector<std::pair<std::string, std::string>>{
-           {std::string(63, '0') + "\n", "size not match 63 vs 66\n"},
-           {line + "\n000\n", "size not match 3 vs 2\n"},
-           {line + "\n00\n0\n", "size not match 1 vs 0\n"},
-           {line + "\n", ""}}) {
-    const cOutput output = outputOf([&] { EXPECT_FALSE(decode(three, rig, body, 0, 21, 1)); });
-    EXPECT_EQ(output.out, message);
+  using tRow = std::pair<std::string, std::string>;  // a body and the message about its lines
+  for (const tRow& row :
+       std::vector<tRow>{{std::string(63, '0') + "\n", "size not match 63 vs 66\n"},
+                         {line + "\n000\n", "size not match 3 vs 2\n"},
+                         {line + "\n00\n0\n", "size not match 1 vs 0\n"},
+                         {line + "\n", ""}}) {
+    const cOutput output = outputOf([&] { EXPECT_FALSE(decode(three, rig, row.first, 0, 21, 1)); });
+    EXPECT_EQ(output.out, row.second);
     EXPECT_EQ(output.err,
-              message.empty() ? "comm error: mixed response? (ret: 21 expected:22)\n" : "");
+              row.second.empty() ? "comm error: mixed response? (ret: 21 expected:22)\n" : "");
   }
   const tScan scan = decode(three, rig, "1Dh1Dh\n", 384, 388, 3);
   ASSERT_TRUE(scan);
