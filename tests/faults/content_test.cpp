@@ -1,5 +1,6 @@
 // What a line makes of the sensor's words.
 
+#include <atomic>
 #include <sstream>
 
 #include "tests/faults/cChild.h"
@@ -160,11 +161,12 @@ class cFlippedBit : public testing::TestWithParam<cKind> {};
 TEST_P(cFlippedBit, IsToldUnlessTheSumCannot) {
   const cKind& kind = GetParam();
   const bool isScip1 = kind.dialect == SCIP1;
-  cSimSensor* itself = nullptr;
+  std::atomic<cSimSensor*> itself{nullptr};
   cSimSetting setting = paced(kind.dialect, 0);
   // An answer that nobody knows any more costs no time-out: another follows, or all ends.
   setting.onCommand = [&](const std::string& line) {
-    if (itself != nullptr) itself->say(isScip1 ? "\n\n" : "\n\n" + line + "\n99b\n\n");
+    if (cSimSensor* const sensor = itself)
+      sensor->say(isScip1 ? "\n\n" : "\n\n" + line + "\n99b\n\n");
   };
   cOpenRig rig(setting);
   ASSERT_EQ(rig.face().startStoringScan(), 0);
