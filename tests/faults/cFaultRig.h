@@ -3,6 +3,7 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <ctime>
 
 #include "tests/support/driving.h"
 

@@ -67,30 +67,28 @@ const cLeft LEFT[] = {
     {"StaleStream", 0, 0, 0, 0, "", true},
 };
 
-class cUsedPort : public testing::TestWithParam<cLeft> {
- protected:
-  static void leave(cSimSensor& sensor) {
-    const cLeft& row = GetParam();
-    const int port = open(sensor.getPath().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    termios modes = {};
-    ASSERT_EQ(tcgetattr(port, &modes), 0);
-    modes.c_iflag |= row.input;
-    modes.c_oflag |= row.output;
-    modes.c_lflag |= row.local;
-    modes.c_cflag ^= row.control;
-    ASSERT_EQ(tcsetattr(port, TCSANOW, &modes), 0);
-    sensor.say(row.bytes);
-    ASSERT_TRUE(sensor.waitFor(&cSimCounters::bytesWritten, row.bytes.size(), LONG_TIME));
-    close(port);
-  }
-};
+void leave(cSimSensor& sensor, const cLeft& row) {
+  const int port = open(sensor.getPath().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  termios modes = {};
+  ASSERT_EQ(tcgetattr(port, &modes), 0);
+  modes.c_iflag |= row.input;
+  modes.c_oflag |= row.output;
+  modes.c_lflag |= row.local;
+  modes.c_cflag ^= row.control;
+  ASSERT_EQ(tcsetattr(port, TCSANOW, &modes), 0);
+  sensor.say(row.bytes);
+  ASSERT_TRUE(sensor.waitFor(&cSimCounters::bytesWritten, row.bytes.size(), LONG_TIME));
+  close(port);
+}
+
+class cUsedPort : public testing::TestWithParam<cLeft> {};
 
 TEST_P(cUsedPort, IsTakenOver) {
   inBothDialects([](eSimDialect dialect) {
     cSimSetting setting = paced(dialect);
     setting.scanningAtStart = GetParam().isScanning;
     cFaultRig rig(setting);
-    leave(rig.sensor);
+    leave(rig.sensor, GetParam());
     // Before SCIP 1.x is asked for, "VV" and "TM2" must have failed.
     const int most = dialect == SCIP1 ? 3 * READ + 2 * ANSWER : ANSWER;
     rig.during("create", most, [&] { rig.detect(); });

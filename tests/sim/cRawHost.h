@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <sstream>
-#include <stdexcept>
 
 #include "sim/tarvosim.h"
 
@@ -20,7 +19,7 @@ class cRawHost {
   /// Opens the slave raw at this line speed, a constant of termios (0: as it is).
   explicit cRawHost(const std::string& path, speed_t speed = 0)
       : fd(open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-    if (fd < 0) throw std::runtime_error("cannot open " + path);
+    EXPECT_GE(fd, 0) << path;
     if (speed != 0) setSpeed(speed);
   }
   ~cRawHost() { close(fd); }
@@ -35,9 +34,7 @@ class cRawHost {
     tcsetattr(fd, TCSANOW, &modes);
   }
   void write(const std::string& bytes) {
-    if (::write(fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
-      throw std::runtime_error("the pty took less than was written");
-    }
+    EXPECT_EQ(::write(fd, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
   }
   /// What arrives up to and with `end`; all that arrived if that does not come.
   std::string readUntil(const std::string& end) {
@@ -57,10 +54,9 @@ class cRawHost {
   }
   /// All that was said before the answer to a QT sent now.
   std::string readAll() {
-    const std::string end = "QT;end\n00P\n\n";
     write("QT;end\n");
-    const std::string all = readUntil(end);
-    return all.substr(0, all.find(end));
+    const std::string all = readUntil("QT;end\n00P\n\n");
+    return all.substr(0, all.find("QT;end"));
   }
 
  private:

@@ -21,8 +21,6 @@ class cScriptedPeer {
     end();
     close(stop);
   }
-  cScriptedPeer(const cScriptedPeer&) = delete;
-  cScriptedPeer& operator=(const cScriptedPeer&) = delete;
 
   /// Answers no more; the cable stays.
   void end() {
@@ -59,10 +57,9 @@ class cScriptedPeer {
       if (waiting[0].revents != 0) return;
       char c = 0;
       if (read(cable.getMaster(), &c, 1) != 1) continue;
-      if (c != '\n') {
-        line += c;
-        continue;
-      }
+      line += c;
+      if (c != '\n') continue;
+      line.pop_back();
       cable.send(rule(line));
       std::lock_guard<std::mutex> lock(mutex);
       lines.push_back(line);

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <climits>
 #include <csignal>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
