@@ -114,8 +114,8 @@ TEST_F(Port, endsAReadByItsTimeOutAnInterruptOrAHangUp) {
   port.interruptReads(true);
   EXPECT_EQ(port.sgetc(), END);
   port.interruptReads(false);
-  cable.send("old");
-  ASSERT_TRUE(cable.waitUntilWaiting(3));
+  cable.send("old, and more than a read takes");
+  ASSERT_TRUE(cable.waitUntilWaiting(31));
   EXPECT_EQ(port.sbumpc(), 'o');
   port.discardInput();
   cable.send("n");

@@ -50,6 +50,7 @@ TEST(Link, tellsWhatTheSensorSaid) {
   }
 }
 
+// Would catch a code word read as success.
 TEST(SCIPError, tellsSuccessFromEverythingElse) {
   EXPECT_EQ(cSCIPError::getErrorString(0, "detail"), "Success");
   EXPECT_EQ(cSCIPError::getErrorString(0x400, ""), "Error String Not implemented yet.");
