@@ -2,27 +2,17 @@
 
 #include <csignal>
 
-#include "sim/tarvosim.h"
 #include "tests/support/cCaseName.h"
 #include "tests/tools/cProgram.h"
+#include "tests/tools/simSettings.h"
 
 namespace {
 
 cStart startOf(const std::string& example) { return {EXAMPLES_PATH "/" + example}; }
 
-cSimSetting settingOf(eSimModel model, eSimDialect dialect = eSimDialect::SCIP2,
-                      bool scanningAtStart = false) {
-  cSimSetting setting;
-  setting.model = model;
-  setting.dialect = dialect;
-  setting.scanningAtStart = scanningAtStart;
-  return setting;
-}
-
-const cSimSetting SHORT_RANGE = settingOf(eSimModel::SHORT_RANGE);
-const cSimSetting LONG_RANGE = settingOf(eSimModel::LONG_RANGE);
-const cSimSetting OLD = settingOf(eSimModel::SHORT_RANGE, eSimDialect::SCIP1);
-const cSimSetting LEFT_RUNNING = settingOf(eSimModel::SHORT_RANGE, eSimDialect::SCIP2, true);
+const cSimSetting SHORT_RANGE = unpaced(eSimModel::SHORT_RANGE);
+const cSimSetting LONG_RANGE = unpaced(eSimModel::LONG_RANGE);
+const cSimSetting OLD = unpaced(eSimModel::SHORT_RANGE, eSimDialect::SCIP1);
 
 }  // namespace
 
@@ -54,14 +44,13 @@ TEST_P(ExampleTest, TakesItsScansAndStopsTheSensor) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, ExampleTest,
-    testing::Values(
-        cExampleCase{"First", "first_scan", SHORT_RANGE, 5, "5: 682 points, the first "},
-        cExampleCase{"Continuous", "continuous_scan", LONG_RANGE, 20, "20: nearest "},
-        cExampleCase{"AfterAnother", "continuous_scan", LEFT_RUNNING, 20, "20: nearest "},
-        cExampleCase{"ContinuousScip1", "continuous_scan", OLD, 20, "20: nearest "},
-        cExampleCase{"Stored", "stored_scan", LONG_RANGE, 1081, "2.35619 rad: "},
-        cExampleCase{"StoredScip1", "stored_scan", OLD, 681, "2.0862"},
-        cExampleCase{"Scip1", "scip1_scan", OLD, 6, "5: 681 points"}),
+    testing::Values(cExampleCase{"First", "first_scan", SHORT_RANGE, 5,
+                                 "5: 682 points, the first "},
+                    cExampleCase{"Continuous", "continuous_scan", LONG_RANGE, 20, "20: nearest "},
+                    cExampleCase{"ContinuousScip1", "continuous_scan", OLD, 20, "20: nearest "},
+                    cExampleCase{"Stored", "stored_scan", LONG_RANGE, 1081, "2.35619 rad: "},
+                    cExampleCase{"StoredScip1", "stored_scan", OLD, 681, "2.0862"},
+                    cExampleCase{"Scip1", "scip1_scan", OLD, 6, "5: 681 points"}),
     cCaseName());
 
 // Would catch scans that one sensor's driver takes from the other's.

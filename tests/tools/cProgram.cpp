@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
-#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,22 +13,16 @@
 
 namespace {
 
-std::vector<char*> pointersTo(const std::vector<std::string>& words) {
-  std::vector<char*> pointers;
-  for (const std::string& word : words) pointers.push_back(const_cast<char*>(word.c_str()));
-  return pointers;
-}
-
 /// In the child of a process with threads: system calls only. Signals are as a shell gives them,
 /// whatever the test run itself ignores or blocks.
-[[noreturn]] void become(const std::vector<char*>& argv, const std::vector<char*>& envp) {
+[[noreturn]] void become(const std::vector<char*>& words) {
   for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGTSTP, SIGQUIT}) {
     std::signal(number, SIG_DFL);
   }
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
-  execve(argv[0], argv.data(), envp.data());
+  execv(words[0], words.data());
   _exit(127);
 }
 
@@ -47,18 +40,18 @@ void take(int& fd, std::string& text) {
 }  // namespace
 
 cProgram::cProgram(const std::vector<std::string>& arguments, const cStart& start) {
-  auto argv = pointersTo(arguments);
-  argv.insert(argv.begin(), const_cast<char*>(start.path.c_str()));
-  argv.push_back(nullptr);
-  auto envp = pointersTo(start.environment);
-  envp.push_back(const_cast<char*>("TARVOLINK_DEVICES="));  // not those of this machine
-  for (char** entry = environ; *entry != nullptr; ++entry) envp.push_back(*entry);
-  envp.push_back(nullptr);
+  std::vector<std::string> line{"/usr/bin/env", "TARVOLINK_DEVICES="};  // not this machine's
+  line.insert(line.end(), start.environment.begin(), start.environment.end());
+  line.push_back(start.path);
+  line.insert(line.end(), arguments.begin(), arguments.end());
+  std::vector<char*> words;
+  for (std::string& word : line) words.push_back(word.data());
+  words.push_back(nullptr);
 
   if (start.isOnTerminal) {
     const winsize size{24, 80, 0, 0};
     pid = forkpty(&outputFd, nullptr, nullptr, &size);
-    if (pid == 0) become(argv, envp);
+    if (pid == 0) become(words);
     fcntl(outputFd, F_SETFD, FD_CLOEXEC);
   } else {
     std::array<int, 2> out{-1, -1};
@@ -68,7 +61,7 @@ cProgram::cProgram(const std::vector<std::string>& arguments, const cStart& star
       dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
       dup2(out[1], STDOUT_FILENO);
       dup2(err[1], STDERR_FILENO);
-      become(argv, envp);
+      become(words);
     }
     close(out[1]);
     close(err[1]);
@@ -122,11 +115,6 @@ void cProgram::type(const std::string& keys) const {
   if (write(outputFd, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size())) {
     throw std::runtime_error("the terminal takes no keys");
   }
-}
-
-void cProgram::resize(unsigned short columns, unsigned short rows) const {
-  const winsize size{rows, columns, 0, 0};
-  ioctl(outputFd, TIOCSWINSZ, &size);
 }
 
 termios cProgram::getModes() {

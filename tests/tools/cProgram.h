@@ -12,7 +12,7 @@
 /// How a program is started.
 struct cStart {
   std::string path = PROGRAM_PATH;
-  /// "NAME=value", before the test's own. No serial device is there unless TARVOLINK_DEVICES says
+  /// "NAME=value", beside the test's own. No serial device is there unless TARVOLINK_DEVICES says
   /// so.
   std::vector<std::string> environment = {};
   /// Of 80 x 24 cells, its own. Else there are pipes, and no input.
@@ -51,7 +51,6 @@ class cProgram {
 
   // Of a program on a terminal only:
   void type(const std::string& keys) const;
-  void resize(unsigned short columns, unsigned short rows) const;
   termios getModes();  ///< as it has them, or had them when it last said something
 
  private:

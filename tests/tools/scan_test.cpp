@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <nlohmann/json.hpp>
-#include <set>
 
 #include "tests/support/cCaseName.h"
 #include "tests/tools/cProgram.h"
@@ -74,24 +73,6 @@ TEST(ProgramScan, writesARowAPointIntoAFileAndNothingElsewhere) {
   const std::string end = ",2,0.012272," + std::to_string(distances[2]);
   EXPECT_EQ(lines[6].rfind("2,", 0), 0u) << lines[6];
   EXPECT_EQ(lines[6].substr(lines[6].size() - end.size()), end);
-}
-
-// Would catch error values, which are below 20, told as the nearest distance.
-TEST(ProgramScan, tellsInATableTheNearestAndFarthestValidDistance) {
-  const cSimSensor sensor(unpaced());
-  const cResult result = runProgram({"scan", sensor.getPath(), "-n", "20"});
-  ASSERT_EQ(result.status, 0) << result.errors;
-  const auto lines = linesOf(result.output);
-  ASSERT_EQ(lines.size(), 21u);
-  const auto distances = sensor.getTrueDistances(sensor.getSentScans().at(19), 44, 725, 1);
-  std::set<int> valid(distances.begin(), distances.end());
-  valid.erase(valid.begin(), valid.lower_bound(20));
-  std::istringstream row(lines[20]);
-  std::string time;
-  int number = 0, points = 0, shortest = 0, longest = 0;
-  row >> number >> time >> points >> shortest >> longest;
-  EXPECT_EQ(std::tuple(number, points, shortest, longest),
-            std::tuple(20, 682, *valid.begin(), *valid.rbegin()));
 }
 
 // Would catch the offset of another instant, or its sign lost: a zone west, and of half an hour.
