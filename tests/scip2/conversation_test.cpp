@@ -84,19 +84,6 @@ TEST(Listener, wakesAWaiterForEachRecordThoughItIsReusedMeanwhile) {
   }
 }
 
-// Would catch a line without its tag, an answer given to nobody, or to the wrong request.
-TEST(Comm, tagsEachLineAndPairsUntaggedAnswersByTwoLetters) {
-  cCommRig rig([](const std::string& line) {
-    return line == "VV;1" ? "" : answer("ZZ") + answer("PPx") + answer("PPy") + answer("VVz");
-  });
-  cSCIP2RecordListener* const version = rig.comm.sendRequest("VV", 1);
-  cSCIP2RecordListener* const parameters = rig.comm.sendRequest("PP", 1);
-  EXPECT_EQ(takeEcho(version), "VVz");
-  EXPECT_EQ(takeEcho(parameters), "PPx");
-  EXPECT_FALSE(parameters->hasRecords());
-  EXPECT_EQ(rig.peer.waitLines(2), (tLines{"VV;1", "PP;2"}));
-}
-
 // Would catch a status that cannot be trusted taken for a success, or ending the thread.
 TEST(Comm, checksTheStatusAndStripsIt) {
   using tRow = std::tuple<std::string, int, const char*>;
