@@ -2,6 +2,7 @@
 # What the completion offers on the way to a command line, asked as bash asks it.
 set -uo pipefail
 program=$1 failed=0
+export TARVOLINK_DEVICES=/dev/null
 . "$2"
 
 # offers EXPECTED WORD...: the last word is the one under the cursor.
@@ -25,6 +26,8 @@ offers 'scip1 scip1-switch' sim --dialect scip1
 offers 'wrong-sum wrong-count' sim --fault wrong
 offers '460800' scan /dev/ttyACM0 --speed 46
 offers '' scan -o ''         # a file: bash offers them itself
-offers '' scan /dev/tty      # a device
+offers '/dev/null sim:' scan ''
+offers 'sim:' info s
+offers '' scan /dev/serial/  # a device's other name
 offers '--once' view --reconnect --on
 exit $failed

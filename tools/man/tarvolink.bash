@@ -17,9 +17,11 @@ _tarvolink() {
     offers=$(grep -o -- '^  -[^ ]*' <<<"$help" | tr ',' ' ')
   elif [[ -z $subcommand ]]; then
     offers=$(sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p' <<<"$help")
+  elif grep -q '^  DEVICE ' <<<"$help"; then
+    offers="$("$program" list --json 2>/dev/null | sed -n 's/^ *"device": "\(.*\)",$/\1/p') sim:"
   fi
   mapfile -t COMPREPLY < <(compgen -W "$offers" -- "$word")
 }
 
-# Where nothing of this fits, the names of files do: devices are files.
+# Where nothing of this fits, the names of files do: a device has other names, and may be away.
 complete -o default -F _tarvolink tarvolink
