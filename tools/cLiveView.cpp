@@ -64,7 +64,9 @@ void cLiveView::press(char key) {
     case '-':
       return zoom.farther();
     case '0':
-      return zoom.fit();
+      zoom.fit();
+      if (shown) zoom.follow(*shown);  // a paused picture too
+      return;
     case ' ':
       isPaused = !isPaused;
       return;
