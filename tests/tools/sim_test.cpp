@@ -13,7 +13,8 @@ TEST(ProgramSim, keepsALinkThatOtherProgramsUse) {
   const std::string link = folder / "sensor";
   fs::create_symlink("/dev/pts/left-by-a-crash", link);
   cProgram sim({"sim", "--model", "middle", "--link", link});
-  EXPECT_EQ(fs::read_symlink(link), sim.readLine());
+  const std::string path = sim.readLine();
+  EXPECT_EQ(fs::read_symlink(link), path);
   const cResult info = runProgram({"info", link, "--json"});
   ASSERT_EQ(info.status, 0) << info.errors;
   EXPECT_EQ(nlohmann::json::parse(info.output)["last_step"], 768);
