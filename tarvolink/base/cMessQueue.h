@@ -12,8 +12,9 @@ namespace kavTBX {
 ///
 /// Any number of threads post; one worker takes, on the public members: lock `mutex`, wait
 /// on `cond` while `queue` is empty, copy and pop the front, unlock, then act on the item.
-/// The mutex is held for the append or the removal only, so a poster never waits for the
-/// worker's work. Destroying the queue drops what is left in it unprocessed.
+/// The mutex is held for the append or the removal, and where a worker needs it for what it
+/// disposes of or for a change of its state, but not for its work: a poster never waits for a
+/// sensor. Destroying the queue drops what is left in it unprocessed.
 template <typename T>
 class cMessQueue {
  public:

@@ -58,7 +58,8 @@ class TARVOLINK_API cThread {
   /// Tells the worker to stop at its next look at the flag. Any thread.
   void setFinishing();
 
-  /// Whether `run` has started a worker, be it running or ended. Any thread.
+  /// Whether `run` has started a worker, be it running or ended. Waits for a `run` or `finalize`
+  /// under way: any thread but the worker.
   bool wasStarted();
 
  private:

@@ -105,6 +105,8 @@ basic_portbuf<char>::~basic_portbuf() {
 
 void basic_portbuf<char>::setupSelf(std::string devicePath) {
   if (fd > 0) ::close(fd);
+  fd = -1;
+  discardInput();
   usable = false;
   device = std::move(devicePath);
   // What may throw comes first: of a constructor that threw, nobody closes the descriptor.
@@ -115,8 +117,6 @@ void basic_portbuf<char>::setupSelf(std::string devicePath) {
     return;
   }
   ::fcntl(fd, F_SETFD, FD_CLOEXEC);
-  char* const readArea = buffer + PUTBACK_SIZE;
-  setg(readArea, readArea, readArea);
   readTimeout = 2500;
   usable = true;
   if (::tcgetattr(fd, &savedAttributes) != 0) {

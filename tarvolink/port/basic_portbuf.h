@@ -41,7 +41,7 @@ class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
   ~basic_portbuf() override;
 
   /// Stores the path and opens the device; the constructor's second half. A device that is open
-  /// already is closed first.
+  /// already is closed first, and what it had sent is forgotten.
   void setupSelf(std::string device);
 
   /// Puts the open device into raw mode with `setting`, starting from the attributes that it
@@ -64,8 +64,9 @@ class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
   /// Forgets what was received and not read yet, here and in the system (tcflush).
   void discardInput();
 
-  /// True when the last read failed without having waited for input: the device is
-  /// closed or hung up, or the time-out is 0. Reading again at once would spin.
+  /// True when the last read failed and the next would not wait for input either: the device is
+  /// closed or hung up, read(2) failed, reads were interrupted, or the time-out is 0. Reading again
+  /// at once would spin.
   bool isDeadEnd() const { return deadEnd; }
 
   /// True while the descriptor is open and a terminal (isatty(3)).

@@ -15,7 +15,8 @@ struct cScanPoint {
 };
 
 /// The points of one sweep of the sensor. Filled before it is handed out and not changed
-/// afterwards: then any thread may read it.
+/// afterwards: then any thread may read it. Its angles are radians, but degrees in a scan of
+/// `cSensorDriverSCIP1z`.
 class TARVOLINK_API cScan {
  public:
   /// An empty scan with the default time stamp. Room is made for the points between the two
