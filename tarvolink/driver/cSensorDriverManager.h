@@ -18,7 +18,8 @@ class TARVOLINK_API cSensorDriverManager {
 
   /// Opens `device` (a tty's path; open(2), whose failure is told on standard error) at 115200
   /// bits/s, 8N1, and searches on it, see below. A device that is missing or no terminal costs no
-  /// time. Else up to 13 detections of about 5 s. One caller at a time for each device.
+  /// time. Else up to 13 detections of about 5 s, minutes each on a line that never falls silent
+  /// (see docs/reliability.md). One caller at a time for each device.
   static boost::shared_ptr<cSensorDriver> create(std::string device);
 
   /// Searches on an open port, which the driver then keeps. One caller at a time for each port.
