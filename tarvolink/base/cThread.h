@@ -48,8 +48,8 @@ class TARVOLINK_API cThread {
   /// Hook: the work, called again whenever it returns while the finish flag is clear. Worker only.
   virtual void threadFunc() = 0;
 
-  /// Hook: wakes the worker so that it sees the finish flag. Runs in the stopping thread,
-  /// also when the worker never ran or has ended.
+  /// Hook: wakes the worker so that it sees the finish flag. Runs in the stopping thread, also when
+  /// the worker never ran or has ended. Any thread but the worker.
   virtual void threadFinReq() = 0;
 
   /// Whether the worker is to stop. Any thread.

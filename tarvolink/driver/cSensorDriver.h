@@ -18,9 +18,11 @@
 /// destructor stops the sensor: call `stopAll()` and `abortScan()` before.
 class TARVOLINK_API cSensorDriver : public cInfo {
  public:
-  /// A driver over `link`, which must be set. Nothing is sent.
+  /// A driver over `link`, which must be set: its first use fails an assertion else. Nothing is
+  /// sent. Any thread.
   explicit cSensorDriver(boost::shared_ptr<cTarvoLink> link);
-  /// A driver over a link of its own, made on `portbuf`.
+  /// A driver over a link of its own, made on `portbuf`, which must be set as `link` above. Any
+  /// thread.
   explicit cSensorDriver(boost::shared_ptr<kavTBX::basic_portbuf<char>> portbuf);
   cSensorDriver(const cSensorDriver&) = delete;
   cSensorDriver& operator=(const cSensorDriver&) = delete;

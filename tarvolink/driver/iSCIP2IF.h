@@ -11,8 +11,9 @@
 /// steps that make one point, 1 to 99 (0 sends single steps too, but gives all of them the first
 /// one's angle). Distances are millimetres, time-outs milliseconds.
 ///
-/// A result of -1 is a refusal by the sensor or no answer within 2 s; the cause is `getErr()` or,
-/// with SCIP 2.0, what `cSensorDriverSCIP2::doRaw2` returns for the same command. With SCIP 1.x
+/// A result of -1 is a refusal by the sensor or no answer within 2 s of the command being written,
+/// behind the record under way (minutes on a line that never falls silent); the cause is `getErr()`
+/// or, with SCIP 2.0, what `cSensorDriverSCIP2::doRaw2` returns for the same command. With SCIP 1.x
 /// most operations only ask the adapter's thread, and 0 tells nothing of the sensor's answer. The
 /// fetches, `getStoredScan`, `abortScan` and `waitScan(int)` throw as `iScanList` tells; a fetch
 /// that fails keeps what was told before the fault.
@@ -27,8 +28,8 @@ class TARVOLINK_API iSCIP2IF : public iScanList {
   /// 0: it is there; -1: not. SCIP 1.x ("G", twice, `maxDistance` not used): 0: asked for, see
   /// `waitScan`; -1: a scan runs. Any thread.
   virtual int getStoredScan(int firstStep, int lastStep, int cluster, int maxDistance) = 0;
-  /// Asks for another line speed, bits per second. SCIP 2.0: -1, nothing is sent. SCIP 1.x ("S"):
-  /// 1, or 0 while a scan runs. Any thread.
+  /// Asks for another line speed, bits per second as in `iSCIP1IF::doSpeed`. SCIP 2.0: -1, nothing
+  /// is sent. SCIP 1.x ("S"): 1, or 0 while a scan runs. Any thread.
   virtual int setCommSpeed(int baud) = 0;
   /// Sends "SS" without a speed, which sensors refuse: 0 or -1. SCIP 1.x: 0, nothing. Any thread.
   virtual int resetURG() = 0;

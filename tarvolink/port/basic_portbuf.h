@@ -41,13 +41,16 @@ class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
   ~basic_portbuf() override;
 
   /// Stores the path and opens the device; the constructor's second half. A device that is open
-  /// already is closed first, and what it had sent is forgotten.
+  /// already is closed first, and what it had sent is forgotten. Failure: the buffer is not open
+  /// or unusable, see the class; standard error tells why, but for tcsetattr's.
   void setupSelf(std::string device);
 
-  /// Puts the open device into raw mode with `setting`, starting from the attributes that it
-  /// had when it was opened; flushes both directions first (tcflush, cfsetspeed,
-  /// tcsetattr with TCSADRAIN). True on success. An unknown speed is complained of and set
-  /// as 0, which is no failure. `setting` must not be empty (assertion); it is not kept.
+  /// Puts the open device into raw mode with `setting`, starting from the attributes that it had
+  /// when it was opened; flushes both directions first (tcflush, cfsetspeed, tcsetattr with
+  /// TCSADRAIN). True on success. False: the buffer is not usable; a character length or a number
+  /// of stop bits is not offered, which standard error tells; or tcsetattr failed, which only errno
+  /// tells. An unknown speed is complained of and set as 0, which is no failure. `setting` must not
+  /// be empty (assertion); it is not kept.
   bool termSetup(boost::shared_ptr<cPortSetting> setting);
 
   /// Waits for input up to `readTimeout` (poll(2), begun anew after a signal; after the 16th with
@@ -89,7 +92,9 @@ class TARVOLINK_API basic_portbuf<char> : public std::basic_streambuf<char> {
   /// that has stopped reading must not hold the writer for ever.
   std::streamsize xsputn(const char* s, std::streamsize n) override;
 
-  /// Writes one character; writing end of file closes the device.
+  /// Writes one character, without a time-out; its result is `c`, also when the write failed.
+  /// Writing end of file closes the device and gives end of file. When closed: `c`, and 0 for end
+  /// of file.
   int_type overflow(int_type c) override;
 
  private:

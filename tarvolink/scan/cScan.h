@@ -19,8 +19,8 @@ struct cScanPoint {
 /// `cSensorDriverSCIP1z`.
 class TARVOLINK_API cScan {
  public:
-  /// An empty scan with the default time stamp. Room is made for the points between the two
-  /// angles where their number is finite and sane (0 to 65536).
+  /// An empty scan with the default time stamp and these angles, in the unit told above. Room is
+  /// made for the points between the two angles where their number is finite and sane (0 to 65536).
   cScan(double firstAngle, double lastAngle, double angleStep);
 
   std::vector<cScanPoint> points;  ///< in the order of the sweep
