@@ -4,8 +4,8 @@
 
 #include "tarvolink/tarvolink.h"
 
-// The library's threads block all signals: a handler runs in the program's own threads. It sets
-// a flag and nothing else, as a handler must.
+// The library's threads block all signals but those of their own faults: this handler runs in the
+// program's own threads. It sets a flag and nothing else, as a handler must.
 volatile std::sig_atomic_t isStopWanted = 0;
 
 void wantStop(int) { isStopWanted = 1; }
