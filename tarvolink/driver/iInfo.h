@@ -6,9 +6,9 @@
 
 /// What is known about the sensor. Nothing here talks to it, and nothing fails: the values are
 /// those of the last fetch (`iSCIP2IF::fetchVersionStr`, `fetchParameters`, `updateStatus`,
-/// `iSCIP1IF::doVersion`), texts empty and numbers 0 before. One caller at a time: read them where
-/// no other thread fetches meanwhile. The lifetime is the driver's; nobody deletes through this
-/// face.
+/// `iSCIP1IF::doVersion`), texts empty and numbers 0 before (SCIP 1.x: those of its sensors). One
+/// caller at a time: read them where no other thread fetches meanwhile. The lifetime is the
+/// driver's; nobody deletes through this face.
 class TARVOLINK_API iInfo {
  public:
   virtual std::string getVend() const = 0;    ///< vendor, as the sensor reports it

@@ -5,8 +5,9 @@
 #include "tarvolink/export.h"
 
 /// The command set of SCIP 1.x, on every sensor. An operation blocks for one exchange: with SCIP
-/// 1.x for the port's read time-out (300 ms after a search) a read, with SCIP 2.0 for up to 2 s
-/// behind the record under way. A line that never falls silent can make that minutes.
+/// 1.x for the port's read time-out (300 ms after a search) a read, and before that for its turn
+/// beside an adapter that scans; with SCIP 2.0 for up to 2 s behind the record under way. A line
+/// that never falls silent can make that minutes.
 ///
 /// Results are 0 for success, -1 for a failed exchange, and from a SCIP 1.x sensor its status digit
 /// 1 to 9 for a refusal. The cause of -1 is `getErr()`, see there.

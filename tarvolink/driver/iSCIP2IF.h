@@ -4,8 +4,8 @@
 #include "tarvolink/export.h"
 
 /// The scanning interface, the same on every sensor. Two rules hold on every dialect: a start
-/// failed when its result is below 0, and to stop a scan call `stopAll()` and then
-/// `abortScan()`.
+/// failed when its result is below 0 (SCIP 1.x: 0 is a scan that runs already and goes on), and to
+/// stop a scan call `stopAll()` and then `abortScan()`.
 ///
 /// Steps are the sensor's (`iInfo::getMinSpot` to `iInfo::getMaxSpot`). `cluster` is the number of
 /// steps that make one point, 1 to 99 (0 sends single steps too, but gives all of them the first
@@ -25,8 +25,8 @@ class TARVOLINK_API iSCIP2IF : public iScanList {
   /// Stops measuring ("QT", laser off; SCIP 1.x: no more "G"). 0 or -1. Any thread.
   virtual int stopAll() = 0;
   /// Takes one scan into the list ("GD" where `maxDistance` is above 4095, else "GS"), laser on.
-  /// 0: it is there; -1: not. SCIP 1.x ("G", twice, `maxDistance` not used): 0: asked for, see
-  /// `waitScan`; -1: a scan runs. Any thread.
+  /// 0: it is there, unless the answer held none; -1: not. SCIP 1.x ("G", twice, `maxDistance` not
+  /// used): 0: asked for, see `waitScan`; -1: a scan runs. Any thread.
   virtual int getStoredScan(int firstStep, int lastStep, int cluster, int maxDistance) = 0;
   /// Asks for another line speed, bits per second as in `iSCIP1IF::doSpeed`. SCIP 2.0: -1, nothing
   /// is sent. SCIP 1.x ("S"): 1, or 0 while a scan runs. Any thread.

@@ -11,6 +11,7 @@
 ///
 /// With SCIP 2.0 those that look at the list first turn what has arrived into scans, and throw
 /// std::out_of_range for a record with right sums and a wrong shape; it is lost, nothing else.
+/// Scans are in the order in which they were taken as long as one thread asks for them.
 class TARVOLINK_API iScanList {
  public:
   virtual int getScanNum() = 0;                        ///< number of scans waiting. Any thread.

@@ -51,13 +51,14 @@ int cSCIP12Adapter::startScan(int st, int ed, int sk, int ssk, int count, int mx
   boost::mutex::scoped_lock lock(wakeMutex);
   if (state != IDLE) return 0;
   const int scans = count == 0 ? ENDLESS : count;
-  std::fprintf(stderr, "Starting scan st:%d ed:%d sk:%d ssk:%d s#:%d mx:%d\n", st, ed, sk, ssk,
-               scans, mx);
-  interval = ssk * 0.1;
-  std::fprintf(stderr, "resetting interval :%f[ms] (from %d scan)\n", interval, ssk);
+  const double seconds = ssk * 0.1;
+  interval = seconds;
   beginSchedule();
   setRange(st, ed, sk, scans);
   lock.unlock();
+  std::fprintf(stderr, "Starting scan st:%d ed:%d sk:%d ssk:%d s#:%d mx:%d\n", st, ed, sk, ssk,
+               scans, mx);
+  std::fprintf(stderr, "resetting interval :%f[ms] (from %d scan)\n", seconds, ssk);
   queue.post({GO_SCANNING, 0});
   return 1;
 }

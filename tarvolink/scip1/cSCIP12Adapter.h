@@ -29,7 +29,8 @@ class cSensorDriverSCIP1;
 /// scans back to back until it has caught up. `stopAll` takes effect after the wait
 /// under way; only the end cuts that short.
 ///
-/// Any thread, for every operation not marked otherwise. The driver owns it and outlives it.
+/// Any thread, for every operation not marked otherwise; `iInfo` is for one caller at a time. What
+/// was asked for and not begun when it is destroyed is dropped. The driver owns it and outlives it.
 class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
                                      public virtual iSCIP2IF,
                                      public virtual iInfo {
@@ -87,8 +88,8 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
   int updateStatus() override;     ///< 0, does nothing
   /// Starts scanning steps `st` to `ed`, `sk` steps a point, every `ssk` tenths of a second,
   /// `count` + 1 scans, or, for 0, until stopped or until a scan fails. 1: asked for. 0: not, since
-  /// it is not idle. After a stop or a counted end the worker first waits out the period under way.
-  /// `mx` is only told on standard error.
+  /// it is not idle. After a stop or a counted end the worker first waits out the period under way,
+  /// unless it was still taking that period's scan. `mx` is only told on standard error.
   int startScan(int st, int ed, int sk, int ssk, int count, int mx) override;
   /// Does not stop: while scanning it asks for the scanning state once more; 0. See `stopAll`.
   int abortScan() override;

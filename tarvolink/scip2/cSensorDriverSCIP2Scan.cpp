@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <iostream>
 #include <limits>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -67,11 +68,14 @@ bool cSensorDriverSCIP2::acceptStart(cSCIPRecord& acknowledgement) {
 }
 
 int cSensorDriverSCIP2::abortScan() {
-  if (!getScanListener()) return -1;
+  const boost::shared_ptr<cSCIP2RecordListener> aborted = getScanListener();
+  if (!aborted) return -1;
   const int result = stopAll();
   tryRecordToScan();
+  aborted->mute();  // a sensor that missed "QT" goes on, and no call could take that
   boost::shared_ptr<cSCIP2RecordListener> released;
   boost::mutex::scoped_lock guard(scanMutex);
+  if (scanListener != aborted) return result;  // another thread has aborted it, and may scan anew
   released.swap(lastScanListener);
   lastScanListener.swap(scanListener);
   return result;
@@ -107,9 +111,13 @@ void cSensorDriverSCIP2::setAngles(int firstStep, int lastStep, int clusterCount
 }
 
 void cSensorDriverSCIP2::logScanParameters() {
-  boost::mutex::scoped_lock guard(scanMutex);
-  std::cerr << "Scan points parameter step:" << FULL_TURN / getNumSpot() << " skip:" << angleStep
-            << " start:" << firstAngle << " end:" << lastAngle << std::endl;
+  std::ostringstream parameters;
+  {
+    boost::mutex::scoped_lock guard(scanMutex);
+    parameters << "Scan points parameter step:" << FULL_TURN / getNumSpot() << " skip:" << angleStep
+               << " start:" << firstAngle << " end:" << lastAngle << '\n';
+  }
+  std::cerr << parameters.str() << std::flush;
 }
 
 // --- taking scans ----------------------------------------------------------------------
