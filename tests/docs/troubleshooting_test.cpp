@@ -79,7 +79,19 @@ std::string disturbed(eSimFault fault) {
 std::string pulled() { return disturbed(eSimFault::UNPLUGGED); }
 std::string stopped() { return disturbed(eSimFault::STALL); }
 std::string missing() { return run({"info", "/dev/no-tty"}); }
-std::string slow() { return run({"scan", "sim:", "-n", "3"}); }
+
+/// 682 readings on a line that is too slow for the sensor's ten scans a second.
+std::string slow() {
+  cSimSetting setting;
+  setting.speed = 115200;
+  const cSimSensor sensor(setting);
+  const std::string path = sensor.getPath();
+  const std::string said = runProgram({"scan", path, "-n", "5", "--speed", "115200"}).errors;
+  std::smatch rate;
+  EXPECT_TRUE(std::regex_search(said, rate, std::regex("([0-9.]+) a second"))) << said;
+  EXPECT_LT(std::atof(rate.str(1).c_str()), 9.0);
+  return asDocumented(said, path);
+}
 
 struct cTrouble {
   const char* name;
