@@ -1,39 +1,61 @@
-# Within a bare Debian 12: the packages from installation to purge, host programs and the shipped
-# examples built against them, one of these run on a simulated sensor; and README's first command.
+# Within a bare Debian 12: README's commands that only root in a container may run, as README shows
+# them. The packages from installation to purge, programs and the shipped examples built against them;
+# then the demo, what it has built installed, a program built against that, and it all removed.
 set -euo pipefail
-cd /root
+cd /root/tarvolink
 packages=(libtarvolink-2.0-0 libtarvolink-2.0-dev tarvolink-tools)
 
-apt-get -qq update
-apt-get -qq install --yes --no-install-recommends ./*.deb >/dev/null
+# shown BEGIN [DOCUMENT]: runs the command shown there that begins so.
+shown() {
+  local command
+  command=$(grep -m 1 -oP "^(.*\`)?\K$1[^\`]*" "${2:-README.md}") || return
+  echo "$ $command"
+  eval "$command"
+}
+
+# Nobody is here to answer apt-get, and what it only recommends may not be what the packages need.
+cat >/etc/apt/apt.conf.d/99container <<'END'
+APT::Get::Assume-Yes "true";
+APT::Install-Recommends "false";
+quiet "2";
+END
+apt-get update
+# Of an earlier run in this container: it would hide a dependency that the packages leave out.
+apt-get purge --autoremove '^libboost' >/dev/null
+
+rm -rf build/package
+mkdir -p build/package
+mv /root/*.deb build/package
+shown 'apt-get install' >/dev/null
 tarvolink info sim:
 tarvolink scan sim: -n 3
-ls /usr/share/man/man1/tarvolink-scan.1.gz
-dpkg -L "${packages[@]}" | sort -u >installed
+ls -L /usr/share/man/man1/tarvolink{,-list,-info,-scan,-view,-sim}.1.gz
+dpkg -L "${packages[@]}" | sort -u >/root/installed
 
-tarvolink/script/setup test
-host=tarvolink/tests/packaging/host
-cmake -G Ninja -S "$host" -B find_package -DWAY=find_package >/dev/null
-cmake --build find_package >/dev/null
-find_package/host
-CXX=g++ CXXFLAGS='' tarvolink/tests/packaging/pkg_config.sh \
-  "/usr/lib/$(g++ -print-multiarch)" /root/by_pkg_config
+apt-get install g++ cmake make ninja-build pkgconf >/dev/null
+tests/packaging/completion.sh tarvolink /usr/share/bash-completion/completions/tarvolink
+cmake -G Ninja -S tests/packaging/host -B /root/find_package -DWAY=find_package >/dev/null
+cmake --build /root/find_package >/dev/null
+/root/find_package/host
+tests/packaging/by_readme.sh "$PWD" /root/by_package
+rm -rf /root/shipped
+mkdir /root/shipped
+ln -s /usr/share/doc/libtarvolink-2.0-dev/examples /root/shipped/examples
+(cd /root/shipped && shown 'cmake -S examples' /root/tarvolink/docs/guide/index.md)
 
-examples=/usr/share/doc/libtarvolink-2.0-dev/examples
-cmake -G Ninja -S $examples -B by_examples >/dev/null
-cmake --build by_examples >/dev/null
-coproc sensor { exec tarvolink sim --link /root/sensor; }
-pid=$sensor_PID
-read -r -t 60 _ <&"${sensor[0]}"
-by_examples/first_scan /root/sensor
-kill "$pid"
-wait "$pid"
-
-apt-get -qq purge --yes "${packages[@]}" >/dev/null
+stayed() { find / -xdev -path /root -prune -o -path /var/cache -prune -o "$@" -iname '*tarvolink*' -print; }
+shown 'apt-get purge' >/dev/null
 while read -r path; do
   if [ ! -d "$path" ] && [ -e "$path" ]; then echo "stayed: $path"; fi
-done <installed | (! grep .)
-find / -xdev -path /root -prune -o -path /var/cache -prune -o -iname '*tarvolink*' -print | (! grep .)
+done </root/installed | (! grep .)
+stayed | (! grep .)
 echo "packages: installed, used, purged; nothing stayed"
 
-tarvolink/script/demo
+script/demo
+shown 'export PATH'
+tarvolink --version
+shown 'cmake --install' >/dev/null
+PATH=/usr/local/bin:$PATH tests/packaging/by_readme.sh "$PWD" /root/by_installation
+shown 'xargs rm'
+stayed -not -type d | (! grep .)
+echo "packages: what the demo has built was installed, used and removed"

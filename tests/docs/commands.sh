@@ -1,9 +1,8 @@
 #!/bin/bash
-# commands.sh SOURCE FOLDER: what the documents point to is there, and their commands work, as do the
-# man page's: the program's (it is in FOLDER) with a simulated sensor, in a folder of their own, and
-# with an end. README's host program is tests/packaging/by_readme.sh's; what installs and removes is
-# packaging/in_packages.sh's; script/* and CONTRIBUTING's presets are run by script/check and
-# continuous integration: here it is asked whether they are there and something runs them.
+# commands.sh SOURCE FOLDER: what the documents point to is there, and their commands and the man page's
+# work: the program's (it is in FOLDER) with a simulated sensor, in a folder of their own, and with an end.
+# The others: tests/packaging/by_readme.sh builds README's host program, packaging/in_packages.sh installs
+# and removes, script/check and continuous integration run script/* and CONTRIBUTING's presets.
 set -uo pipefail
 cd "$1" || exit
 export PATH=$2:$PATH TARVOLINK_DEVICES= links=0 failed=0

@@ -1,7 +1,6 @@
 #!/bin/bash
-# by_readme.sh SOURCE FOLDER: builds README's host program in FOLDER by README's CMakeLists.txt and
-# commands, and by its one line without CMake, and runs it on a simulated sensor. Where the library
-# and the program are to be found is left to the environment.
+# by_readme.sh SOURCE FOLDER: builds README's host program in FOLDER as README shows it, with CMake and
+# without, and runs it on a simulated sensor. Where all is to be found the environment tells.
 set -euo pipefail
 readme=$1/README.md folder=$2
 rm -rf "$folder"
@@ -9,29 +8,20 @@ mkdir -p "$folder"
 cp "$1/examples/first_scan.cpp" "$folder"
 cd "$folder"
 
-# block FENCE TEXT: the block of README, opened by FENCE, that holds TEXT.
-block() {
-  FENCE=$1 TEXT=$2 awk '/^```/ { if (held) exit; text = ""; open = $0 == ENVIRON["FENCE"]; next }
-    open { text = text $0 "\n"; if (index($0, ENVIRON["TEXT"])) held = 1 }
-    END { printf "%s", text; exit !held }' "$readme"
-}
-block '```cmake' 'project(robot' >CMakeLists.txt
-commands=$(block '```' 'build/robot' | sed "s|/tmp/sensor|$folder/sensor|")
-alone=$(tr '\n' ' ' <"$readme" | grep -oP '`\Kg\+\+ [^`]*')
-
+# The rest of a block, from the line that begins with $1.
+block() { sed -n "/^$1/,/^\`\`\`/{/^\`\`\`/!p}" "$readme"; }
+block cmake_minimum_required >CMakeLists.txt
 while read -r command; do
-  echo "$ $command"
   case $command in
-    *" &")  # it tells where the sensor is; who reads that before the next command does not race it
+    *" &")  # it tells where the sensor is: only then there is one for the next command
       coproc sensor { exec ${command% &}; }
-      pid=$sensor_PID
-      trap 'kill $pid' EXIT
+      trap "kill $sensor_PID" EXIT
       read -r -t 60 _ <&"${sensor[0]}" ;;
     *) eval "$command" ;;
   esac
-done <<<"$commands"
+done < <(block 'cmake -B' | sed "s|/tmp/sensor|$folder/sensor|")
 
-echo "$ $alone"
 pkg-config --atleast-version=2.0 tarvolink-2.0
+alone=$(tr '\n' ' ' <"$readme" | grep -oP '`\Kg\+\+ [^`]*')
 eval "${alone/g++/${CXX:-g++} ${CXXFLAGS:-}}"
 ./a.out sensor
