@@ -5,6 +5,7 @@
 
 #include "tests/faults/cChild.h"
 #include "tests/support/cCaseName.h"
+#include "tests/support/syscalls.h"
 #include "tests/tools/cTempFolder.h"
 
 namespace {
@@ -17,20 +18,20 @@ struct cPath {
   const char* message;
 };
 
-// Would catch: a search through all speeds, a minute long, on what is no terminal; commands written
-// into somebody's file.
+// Each would catch a search through all speeds, a minute long, and what is said beside it.
 TEST(cNoSensor, IsToldAtOnce) {
   const cTempFolder folder;
   for (const char* name : {"file", "forbidden"}) std::ofstream(folder / name) << "kept";
   std::filesystem::create_symlink(folder / "none", folder / "link");
   for (const std::string& path : {folder / "", folder / "file"}) chmod(path.c_str(), 0777);
   chmod((folder / "forbidden").c_str(), 0);
-  const cPath paths[] = {{"missing", folder / "none", "No such file"},
-                         {"forbidden", folder / "forbidden", "Permission denied"},
-                         {"a folder", folder / "", "Is a directory"},
-                         {"/dev/null", "/dev/null", "ioctl"},
-                         {"a dangling link", folder / "link", "No such file"},
-                         {"a file", folder / "file", "ioctl"}};
+  const cPath paths[] = {
+      {"missing", folder / "none", "No such file"},              // a file made of that name
+      {"forbidden", folder / "forbidden", "Permission denied"},  // another reason told
+      {"a folder", folder / "", "Is a directory"},               // one opened for reading only
+      {"/dev/null", "/dev/null", "ioctl"},  // an end of file that is asked again and again
+      {"a dangling link", folder / "link", "No such file"},  // a file made where it leads
+      {"a file", folder / "file", "ioctl"}};                 // commands written into it
   cFaultRig rig{cSimSetting()};
   const uid_t self = geteuid();
   ASSERT_TRUE(self != 0 || seteuid(65534) == 0);  // root may open all, so somebody else asks
@@ -50,35 +51,38 @@ TEST(cNoSensor, IsToldAtOnce) {
 struct cLeft {
   const char* name;
   tcflag_t input = 0, output = 0, local = 0;  // modes switched on
-  tcflag_t control = 0;                       // modes changed
+  tcflag_t control = 0;                       // modes changed, as a serial port's driver tells them
   std::string bytes = "";
   bool isScanning = false;
 };
 
 const cLeft LEFT[] = {
-    // Would catch: commands that come back as answers, lines that wait for an end they never get.
+    // Each would catch that its modes are left on, which makes ..
+    // .. commands come back as answers, lines wait for an end that they never get;
     {"Cooked", ICRNL | IXON | BRKINT, OPOST | ONLCR, ICANON | ECHO | ECHOE | ECHOK | ISIG | IEXTEN},
-    {"FlowControl", IXON | IXOFF},
+    // .. commands wait for ever behind one byte of an old answer;
+    {"FlowControl", IXON | IXOFF, 0, 0, 0, "\x13"},
+    // .. every byte wrong, on a line whose sensor has 8 bits and no parity.
     {"SevenBits", INPCK | ISTRIP, 0, 0, (CS8 ^ CS7) | PARENB},
-    // Would catch: old bytes in front of the first answer: half a record, and what stops a line
-    // that has flow control.
-    {"StaleBytes", 0, 0, 0, 0, "000725010;3\n99b\n0123\x13"},
+    // Would catch: old bytes, half a record, taken for the first answer.
+    {"StaleBytes", 0, 0, 0, 0, "000725010;3\n99b\n0123"},
     // Would catch: another program's scans taken for answers, or for one's own. SCIP 1.x has none.
     {"StaleStream", 0, 0, 0, 0, "", true},
 };
 
 void leave(cSimSensor& sensor, const cLeft& row) {
+  syscalls::control = 0;
   const int port = open(sensor.getPath().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
   termios modes = {};
   ASSERT_EQ(tcgetattr(port, &modes), 0);
   modes.c_iflag |= row.input;
   modes.c_oflag |= row.output;
   modes.c_lflag |= row.local;
-  modes.c_cflag ^= row.control;
   ASSERT_EQ(tcsetattr(port, TCSANOW, &modes), 0);
   sensor.say(row.bytes);
   ASSERT_TRUE(sensor.waitFor(&cSimCounters::bytesWritten, row.bytes.size(), LONG_TIME));
   close(port);
+  syscalls::control = row.control;
 }
 
 class cUsedPort : public testing::TestWithParam<cLeft> {};
@@ -93,6 +97,10 @@ TEST_P(cUsedPort, IsTakenOver) {
     const int most = dialect == SCIP1 ? 3 * READ + 2 * ANSWER : ANSWER;
     rig.during("create", most, [&] { rig.detect(); });
     ASSERT_TRUE(rig.driver);
+    const termios& now = syscalls::wanted;
+    EXPECT_EQ(now.c_cflag & (CSIZE | PARENB), static_cast<tcflag_t>(CS8));
+    EXPECT_EQ(now.c_iflag & (ICRNL | IXON | BRKINT | ISTRIP), 0U);
+    EXPECT_EQ((now.c_oflag & OPOST) | (now.c_lflag & (ICANON | ECHO | ISIG)), 0U);
     EXPECT_TRUE(stopLeftScan(rig.face()));
     rig.startScan();
     for (int scan = 0; scan < 3; ++scan) rig.expectTrueScan();

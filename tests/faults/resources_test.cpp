@@ -24,6 +24,20 @@ TEST(cUntakenScans, GrowByTheirBytesAndGoWhenTaken) {
   EXPECT_EQ(rig.lies, 0);
 }
 
+// Would catch: scans kept that no call can take any more.
+TEST(cAbortedScan, CostsNoMemoryWhereItGoesOn) {
+  cOpenRig rig(paced());
+  rig.scan();
+  rig.sensor.setFault(eSimFault::NO_ANSWER, cSimSensor::DEFAULT_VALUE, "QT");
+  EXPECT_EQ(rig.face().abortScan(), -1);
+  const std::vector<std::string> commands = rig.sensor.getCommands();
+  const std::string scan = commands.at(commands.size() - 2) + "\n99b\n" + std::string(999, '0');
+  const std::size_t before = countAllocated();
+  for (int count = 0; count < 300; ++count) rig.sensor.say(scan + "\n\n");  // it missed the "QT"
+  ASSERT_EQ(rig.face().fetchVersionStr(), 0);  // so all of them have come
+  EXPECT_LE(countAllocated(), before + (1 << 16));
+}
+
 // --- a call that fails -------------------------------------------------------------------
 
 constexpr int UNTOUCHED = 1;  // a run in which nothing failed
@@ -54,7 +68,7 @@ void run(const char* call, eSimDialect dialect, int n) {
 
 class cFailingCall : public testing::TestWithParam<const char*> {};
 
-// Would catch: a result that nobody looks at, and what a run without it does next.
+// Each call would catch that nobody looks at its result, and what a run does next.
 TEST_P(cFailingCall, IsBorneWhicheverItIs) {
   constexpr int TOGETHER = 40;
   for (const eSimDialect dialect : {SCIP2, SCIP1}) {
@@ -71,8 +85,13 @@ TEST_P(cFailingCall, IsBorneWhicheverItIs) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, cFailingCall,
-                         testing::Values("open", "tcgetattr", "tcsetattr", "poll", "read", "write",
-                                         "malloc"),
+                         testing::Values("open",       // a port of number -1
+                                         "tcgetattr",  // modes made of what is on the stack
+                                         "tcsetattr",  // a search that goes on at no speed
+                                         "poll",       // a wait taken for silence or for bytes
+                                         "read",       // -1 bytes in the buffer
+                                         "write",      // an answer awaited to what was not sent
+                                         "malloc"),    // an exception out of a thread, a lock kept
                          [](const auto& call) { return std::string(call.param); });
 
 }  // namespace

@@ -22,9 +22,8 @@ struct cPieces {
   int truths;
 };
 
-// Would catch: a reader that takes what one read gives for a line, a scan lost because its bytes
-// come with the next one's; a pause that ends a record before its time, or the half of one that is
-// glued to the next.
+// Would catch: what one read gives taken for a line; a scan lost because its bytes come with the
+// next one's; a pause that ends a record before its time; the half of one glued to the next.
 TEST(cPiecesOfARecord, AreWholeWithinTheReadTimeOut) {
   for (const cPieces& row : {cPieces{"byte by byte", eSimFault::BYTE_BY_BYTE, 20, 0, 40, 40},
                              cPieces{"bursts", eSimFault::BURSTS, 16, 0, 40, 40},
@@ -54,6 +53,40 @@ TEST(cSplitRecord, IsWholeWhereverItIsSplit) {
       ASSERT_EQ(rig.driver->getSCIP1IF()->doScan(FIRST, FIRST + 9, 1), 0) << place;
       ASSERT_EQ(distancesOf(rig.face().getScanFirst()),
                 truth(rig.sensor, place - 1, FIRST, FIRST + 9, 1, NEAR));
+    }
+  });
+}
+
+// --- no answer ---------------------------------------------------------------------------
+
+struct cCall {
+  const char* name;
+  int limit;  // milliseconds in SCIP 2.0; the adapter of SCIP 1.x asks in its own thread
+  int (*call)(iSCIP2IF& face);
+};
+
+const cCall CALLS[] = {
+    {"startScan", 200, [](iSCIP2IF& face) { return face.startScan(FIRST, LAST, 1, 0, 0, FAR); }},
+    {"stopAll", ANSWER, [](iSCIP2IF& face) { return face.stopAll(); }},
+    {"abortScan", ANSWER, [](iSCIP2IF& face) { return face.abortScan(); }},
+    {"getStoredScan", ANSWER,
+     [](iSCIP2IF& face) { return face.getStoredScan(FIRST, LAST, 1, FAR); }},
+    {"startStoringScan", ANSWER, [](iSCIP2IF& face) { return face.startStoringScan(); }},
+};
+
+// Would catch: a call with another's time-out, or that waits once more for each thing it sends.
+TEST(cMuteSensor, CostsEachCallItsTimeOut) {
+  inBothDialects([](eSimDialect dialect) {
+    cOpenRig rig(paced(dialect));
+    rig.scan();
+    rig.sensor.setFault(eSimFault::STALL);
+    for (const cCall& row : CALLS) {
+      const int limit = dialect == SCIP1 ? 0 : row.limit;
+      const auto begin = cClock::now();
+      int result = 0;
+      rig.during(row.name, limit + (limit > 0 ? READ : 0), [&] { result = row.call(rig.face()); });
+      EXPECT_GE(cClock::now() - begin, std::chrono::milliseconds(limit)) << row.name;
+      EXPECT_TRUE(result == -1 || dialect == SCIP1) << row.name;
     }
   });
 }

@@ -60,7 +60,9 @@ SEEN_BY_THE_LIBRARY int open(const char* path, int flags, ...) {
 }
 
 SEEN_BY_THE_LIBRARY int tcgetattr(int fd, termios* modes) noexcept {
-  return pass<int>("tcgetattr", EIO, fd, modes);
+  const int result = pass<int>("tcgetattr", EIO, fd, modes);
+  if (result == 0) modes->c_cflag ^= syscalls::control;
+  return result;
 }
 
 SEEN_BY_THE_LIBRARY int tcsetattr(int fd, int actions, const termios* modes) noexcept {

@@ -14,6 +14,7 @@ inline std::atomic<int> settings{0};      ///< calls of tcsetattr
 inline std::atomic<bool> refuses{false};  ///< tcsetattr fails
 inline std::atomic<int> when{-1};         ///< the last tcsetattr's action
 inline termios wanted = {};               ///< the last tcsetattr's attributes
+inline std::atomic<tcflag_t> control{0};  ///< in c_cflag, what tcgetattr tells the other way round
 
 /// From now on the n-th call of that name fails, in threads that were not there before:
 /// "open", "tcgetattr", "tcsetattr", "poll", "read", "write" or "malloc" (and with it new). The
