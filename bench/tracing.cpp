@@ -47,6 +47,8 @@ void runTracedReader(const std::string& name, const std::string& path, int scans
 
 void runTracedIdle(const std::string& path, double seconds) {
   const boost::shared_ptr<cSensorDriver> driver = createDriver(path);
+  // The worker hands out its last answer a moment before it goes to sleep.
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
   cTracedRun::markBegin();
   std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
   cTracedRun::markEnd();

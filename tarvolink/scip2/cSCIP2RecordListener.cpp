@@ -28,12 +28,14 @@ void cSCIP2RecordListener::resetResponse(std::string newCommand, int newTag, int
 }
 
 bool cSCIP2RecordListener::push(boost::shared_ptr<cSCIPRecord> record) {
-  boost::mutex::scoped_lock guard(lock);
-  if (!answers(*record)) return false;
-  if (!muted) records.push_back(record);
-  if (count > 0) --count;
-  arrived.unblock();
-  if (count == 0) busy = false;
+  {
+    boost::mutex::scoped_lock guard(lock);
+    if (!answers(*record)) return false;
+    if (!muted) records.push_back(record);
+    if (count > 0) --count;
+    if (count == 0) busy = false;
+  }
+  arrived.unblock();  // who wakes by it takes the lock: held here it would cost two system calls
   return true;
 }
 
