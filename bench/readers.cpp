@@ -3,6 +3,7 @@
 #include "bench/cAsioReaders.h"
 #include "bench/cBlockReader.h"
 #include "bench/cDriverReader.h"
+#include "bench/cFloorReaders.h"
 #include "bench/iReader.h"
 
 namespace {
@@ -21,6 +22,7 @@ const std::vector<cReaderKind>& readerKinds() {
       kind<cDriverReader>("library"),
       kind<cFloorReader>("f12"),
       kind<cThreadedFloorReader>("f12_threads"),
+      kind<cWorkerFloorReader>("f12_worker"),
       kind<cAsioSomeReader>("asio12"),
       kind<cAsioUntilReader>("asio_until"),
       kind<cBlockReader>("read4096"),

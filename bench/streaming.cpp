@@ -90,8 +90,10 @@ void measurePaced(const cPlan& plan, cReport& report) {
   report.addRow("cpu_per_scan_vs_f12", ratio(library.cpu, floor.cpu), eGoal::AT_MOST, 1.05);
   report.addRow("cpu_per_scan_vs_asio12", ratio(library.cpu, all["asio12"].cpu), eGoal::AT_MOST,
                 1.0);
+  report.addRow("cpu_per_scan_vs_f12_worker", ratio(library.cpu, all["f12_worker"].cpu));
   report.addRow("latency_p50_vs_f12", ratio(library.p50, floor.p50), eGoal::AT_MOST, 1.15);
   report.addRow("latency_p99_vs_f12", ratio(library.p99, floor.p99), eGoal::AT_MOST, 2.0);
+  report.addRow("latency_p50_vs_f12_worker", ratio(library.p50, all["f12_worker"].p50));
   report.addRow("allocations_per_scan", median(library.allocations));
   for (const cReaderKind& kind : readerKinds()) {
     const cSeries& series = all[kind.name];

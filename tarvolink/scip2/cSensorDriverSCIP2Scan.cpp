@@ -187,13 +187,12 @@ bool cSensorDriverSCIP2::pushScanRecord(boost::shared_ptr<cSCIPRecord> record) {
   if (!takeLine(body, line)) return true;
   if (!takeSum(line, false)) return false;
   static_cast<void>(decode6bit(std::string(line), 4).at(0));  // the sensor's clock: raises for none
-  std::string data(body.size(), '\0');
-  auto end = data.begin();
+  std::string data;
+  data.reserve(body.size());
   while (takeLine(body, line)) {
     if (!takeSum(line, false)) return false;
-    end = std::copy(line.begin(), line.end(), end);  // a reading may run across a line break
+    data += line;  // a reading may run across a line break
   }
-  data.erase(end, data.end());
   if (data.empty()) return true;
   const bool isThreeCharacters = record->echo.size() > 1 && record->echo[1] == 'D';
   const boost::shared_ptr<cScan> scan =
