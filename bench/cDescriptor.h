@@ -13,10 +13,12 @@ class cDescriptor {
     std::swap(fd, other.fd);
     return *this;
   }
-  ~cDescriptor() {
-    if (fd >= 0) close(fd);
-  }
+  ~cDescriptor() { close(); }
   int get() const { return fd; }
+  void close() {
+    if (fd >= 0) ::close(fd);
+    fd = -1;
+  }
 
  private:
   int fd;

@@ -5,7 +5,7 @@
 #include "bench/scanRecord.h"
 
 boost::shared_ptr<cSensorDriver> createDriver(const std::string& path) {
-  const boost::shared_ptr<cSensorDriver> sensor = cSensorDriverManager::create(path);
+  boost::shared_ptr<cSensorDriver> sensor = cSensorDriverManager::create(path);
   if (!sensor) throw std::runtime_error("the library finds no sensor on " + path);
   return sensor;
 }

@@ -95,8 +95,8 @@ cFeeder::cFeeder(double period)
       path(ptsname(master.get())),
       slave(openSlave(path)),
       child(std::make_unique<cChild>([this, period](int) { feed(period); })) {
-  master = cDescriptor();
-  slave = cDescriptor();
+  master.close();  // they are the child's now
+  slave.close();
 }
 
 double cFeeder::getEnd(std::size_t index) const { return notes->ends[index]; }
@@ -114,7 +114,7 @@ void cFeeder::feed(double period) {
 /// Answers until a scan is asked for; returns the line that asked.
 std::string cFeeder::converse() {
   for (;;) {
-    const std::string command = hearLine(master.get());
+    std::string command = hearLine(master.get());
     if (!command.empty()) writeAll(master.get(), answerTo(command));
     if (command.compare(0, 2, "MD") == 0) return command;
   }

@@ -43,6 +43,7 @@ class cTemporaryFile {
 /// Runs a program and waits; its exit status, 127 when there is none.
 int run(std::vector<std::string> words) {
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
   const pid_t child = fork();

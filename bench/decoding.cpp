@@ -1,4 +1,5 @@
 #include <benchmark/benchmark.h>
+#include <fmt/core.h>
 
 #include <istream>
 #include <map>
@@ -43,7 +44,7 @@ std::string makeRecord() { return makeScanRecord(std::string(SCAN_COMMAND) + ";4
 void decodeWithLibrary(benchmark::State& state) {
   std::string bytes = makeRecord();
   cConverter converter;
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     cMemoryBuffer memory(bytes);
     std::istream stream(&memory);
     const boost::shared_ptr<cSCIPRecord> record(new cSCIPRecord);
@@ -58,12 +59,15 @@ void decodeWithLibrary(benchmark::State& state) {
 void decodeWithoutLibrary(benchmark::State& state) {
   const std::string bytes = makeRecord();
   std::vector<int> distances;
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     decodePlainly(bytes.data(), bytes.size(), distances);
     benchmark::DoNotOptimize(distances.data());
     benchmark::ClobberMemory();
   }
 }
+
+BENCHMARK(decodeWithLibrary);
+BENCHMARK(decodeWithoutLibrary);
 
 /// Keeps each repetition's CPU time an iteration.
 class cCollector : public benchmark::BenchmarkReporter {
@@ -82,21 +86,16 @@ class cCollector : public benchmark::BenchmarkReporter {
 }  // namespace
 
 void measureDecoding(const cPlan& plan, cReport& report) {
-  std::string words[] = {"tarvobench", "--benchmark_enable_random_interleaving=true"};
-  char* arguments[] = {words[0].data(), words[1].data()};
-  int count = 2;
+  std::string words[] = {"tarvobench", "--benchmark_enable_random_interleaving=true",
+                         fmt::format("--benchmark_repetitions={}", plan.rounds),
+                         fmt::format("--benchmark_min_time={}", plan.decodingSeconds)};
+  char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), words[3].data()};
+  int count = 4;
   benchmark::Initialize(&count, arguments);
-  const auto add = [&plan](const char* name, void (*function)(benchmark::State&)) {
-    benchmark::RegisterBenchmark(name, function)
-        ->Repetitions(plan.rounds)
-        ->MinTime(plan.decodingSeconds);
-  };
-  add("library", decodeWithLibrary);
-  add("plain", decodeWithoutLibrary);
   cCollector collector;
   benchmark::RunSpecifiedBenchmarks(&collector);
-  const double library = median(collector.times["library"]);
-  const double plain = median(collector.times["plain"]);
+  const double library = median(collector.times["decodeWithLibrary"]);
+  const double plain = median(collector.times["decodeWithoutLibrary"]);
   report.addRow("parse_decode_vs_scalar", library / plain, eGoal::AT_MOST, 2.0);
   report.note("parse_decode_us", {{"library", library / 1e3}, {"plain", plain / 1e3}});
 }

@@ -80,7 +80,7 @@ int bench(const cOptions& options) {
   return failures;
 }
 
-int run(const cOptions& options) {
+int measure(const cOptions& options) {
   signal(SIGHUP, SIG_IGN);   // ptys hang up at the end of each measurement
   std::cerr.rdbuf(nullptr);  // the library's messages; ours go past it
   if (!options.tracedReader.empty()) {
@@ -95,15 +95,19 @@ int run(const cOptions& options) {
   return bench(options) == 0 ? 0 : 1;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   CLI::App app("Measures libtarvolink beside bare loops on simulated sensors.");
   cOptions options;
   declare(app, options);
   CLI11_PARSE(app, argc, argv);
+  return measure(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
   try {
-    return run(options);
+    return run(argc, argv);
   } catch (const std::exception& error) {
     fmt::print(stderr, "tarvobench: {}\n", error.what());
     return 1;

@@ -3,6 +3,7 @@
 #include <time.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <vector>
 
@@ -26,7 +27,7 @@ inline double quantile(std::vector<double> values, double share) {
   if (values.empty()) return 0;
   std::sort(values.begin(), values.end());
   const double rank = share * static_cast<double>(values.size() - 1);
-  return values[static_cast<std::size_t>(rank + 0.5)];
+  return values[static_cast<std::size_t>(std::lround(rank))];
 }
 
 /// The middle one.

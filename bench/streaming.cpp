@@ -53,7 +53,11 @@ void takeFlood(const cReaderKind& kind, double seconds, cSeries& series) {
   const double begin = now();
   double end = begin;
   std::size_t scans = 0;
-  for (; end < begin + seconds; ++scans, end = now()) reader->take();
+  while (end < begin + seconds) {
+    reader->take();
+    ++scans;
+    end = now();
+  }
   const std::size_t bytes = scans * makeScanRecord(std::string(SCAN_COMMAND) + ";1").size();
   series.throughput.push_back(static_cast<double>(bytes) / (end - begin) / 1e6);
 }

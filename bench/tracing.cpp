@@ -32,7 +32,8 @@ double countIdleCalls(double seconds) {
   const cSimHost host(setting, 1);
   const cTracedRun run({"--traced-idle", "--traced-path", host.getPaths().front(),
                         "--traced-amount", fmt::format("{}", seconds)});
-  return (run.countAll() - 1) / seconds;  // less the sleep that the measurement itself takes
+  // Less the sleep that the measurement itself takes.
+  return static_cast<double>(run.countAll() - 1) / seconds;
 }
 
 }  // namespace
@@ -56,7 +57,8 @@ void runTracedIdle(const std::string& path, double seconds) {
 
 void measureSystemCalls(const cPlan& plan, cReport& report) {
   const std::size_t bytes = makeScanRecord(std::string(SCAN_COMMAND) + ";1").size();
-  const double bound = 2 * static_cast<double>((bytes + 11) / 12) + 6;
+  const std::size_t reads = (bytes + 11) / 12;
+  const auto bound = static_cast<double>(2 * reads + 6);
   for (const cReaderKind& kind : readerKinds()) {
     const double calls = countCalls(kind, plan.tracedScans);
     report.addReaderFigure(kind.name, "system_calls_per_record", calls);

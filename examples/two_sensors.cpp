@@ -23,8 +23,9 @@ bool scanFrom(const std::string& device) {
   int taken = 0;
   while (taken < SCANS && scanner.waitScan(2000)) {
     while (auto scan = scanner.getScanFirst()) {
-      const auto points = std::to_string(scan->points.size());
-      std::cout << device + ", " + std::to_string(++taken) + ": " + points + " points\n";
+      std::string line = device + ", " + std::to_string(++taken) + ": ";
+      line += std::to_string(scan->points.size()) + " points\n";
+      std::cout << line;  // at once: both threads write
     }
   }
   scanner.stopAll();

@@ -49,7 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string bytes(reinterpret_cast<const char*>(data), size);
   readAll(bytes);
   for (const std::string command : {"V", "MD0044072501000;1"}) {
-    const std::string answer = command + "\n" + bytes;
+    std::string answer = command;
+    answer.append("\n").append(bytes);
     const std::string byOne = exchange(command, answer, 1);
     expect(byOne == exchange(command, answer, 12));
     expect(byOne == exchange(command, answer, answer.size()));

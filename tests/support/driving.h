@@ -61,7 +61,7 @@ inline cSimSetting quick(eSimModel model = eSimModel::SHORT_RANGE) {
 
 /// A port whose reads wait for `timeout` milliseconds.
 inline tPort openPort(const std::string& path, int timeout = 300) {
-  const tPort port(new kavTBX::basic_portbuf<char>(path, {}));
+  tPort port(new kavTBX::basic_portbuf<char>(path, {}));
   port->readTimeout = timeout;
   return port;
 }
@@ -70,14 +70,14 @@ inline tLink openLink(const std::string& path) { return tLink(new cTarvoLink(ope
 
 /// A running driver without a detection: nothing was sent, the next tag is 1.
 inline tDriver2 openDriver(const std::string& path) {
-  const tDriver2 driver(new cSensorDriverSCIP2(openLink(path)));
+  tDriver2 driver(new cSensorDriverSCIP2(openLink(path)));
   driver->start();
   return driver;
 }
 
 /// The same with the parameters fetched (tag 1), so that it can scan.
 inline tDriver2 openReady(const std::string& path) {
-  const tDriver2 driver = openDriver(path);
+  tDriver2 driver = openDriver(path);
   EXPECT_EQ(driver->fetchParameters(), 0);
   return driver;
 }
