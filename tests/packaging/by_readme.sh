@@ -19,9 +19,10 @@ while read -r command; do
       read -r -t 60 _ <&"${sensor[0]}" ;;
     *) eval "$command" ;;
   esac
-done < <(block 'cmake -B' | sed "s|/tmp/sensor|$folder/sensor|")
+done < <(block 'cmake -B' | sed "s|/tmp/sensor|sensor|")
 
 pkg-config --atleast-version=2.0 tarvolink-2.0
 alone=$(tr '\n' ' ' <"$readme" | grep -oP '`\Kg\+\+ [^`]*')
-eval "${alone/g++/${CXX:-g++} ${CXXFLAGS:-}}"
+# pkg-config quotes blanks in a path, for a shell that reads its words once more.
+eval "eval \"${alone/g++/${CXX:-g++} ${CXXFLAGS:-}}\""
 ./a.out sensor

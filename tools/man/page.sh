@@ -1,14 +1,15 @@
-#!/bin/sh
-# page.sh PROGRAM VERSION SUBCOMMAND INCLUDE OUTPUT: a man page of what PROGRAM says of itself by
-# --help, with the sections of the file INCLUDE. SUBCOMMAND may be empty.
-set -eu
-program=$1 version=$2 subcommand=$3 include=$4 output=$5
+#!/bin/bash
+# page.sh VERSION SUBCOMMAND INCLUDE OUTPUT PROGRAM...: a man page of what PROGRAM (which may begin by
+# an emulator) says of itself by --help, with the sections of the file INCLUDE. SUBCOMMAND may be empty.
+set -euo pipefail
+version=$1 subcommand=$2 include=$3 output=$4
+program=("${@:5}")
 
 # help2man names the page after the file that it runs.
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 command=$folder/tarvolink${subcommand:+-$subcommand}
-printf '#!/bin/sh\nexec %s %s "$@"\n' "$program" "$subcommand" >"$command"
+printf '#!/bin/bash\nexec %s %s "$@"\n' "${program[*]@Q}" "$subcommand" >"$command"
 chmod +x "$command"
 
 # "Take scans." is a sentence to the program's users, "take scans" a line of the index.
