@@ -39,7 +39,9 @@ cDeviceName::cDeviceName(const cDeviceWish& wish)
   }
   if (!simulated) return;
   std::istringstream words(text.substr(SIM_PREFIX.size()));
-  for (std::string word; std::getline(words, word, ',');) choose(word);
+  for (std::string word; std::getline(words, word, ',');) {
+    if (!word.empty()) choose(word);
+  }
 }
 
 void cDeviceName::choose(const std::string& word) {

@@ -30,3 +30,10 @@ TEST(ProgramInfo, tellsInJsonWhatTheSensorTells) {
                          {"line_speed_bps", 57600}};
   for (const auto& [key, value] : expected.items()) EXPECT_EQ(object[key], value) << key;
 }
+
+// Would catch a form of DEVICE that --help shows and the program refuses.
+TEST(ProgramInfo, knowsASimulatedSensorByItsDialectAlone) {
+  const cResult result = runProgram({"info", "sim:,scip1", "--json"});
+  ASSERT_EQ(result.status, 0) << result.errors;
+  EXPECT_EQ(json::parse(result.output)["dialect"], "SCIP 1.x");
+}
