@@ -21,11 +21,12 @@ const cSpeed SPEEDS[] = {{0, B0},           {9600, B9600},      {19200, B19200},
 }  // namespace
 
 speed_t cSimLine::constantOf(int speed) {
-  for (const cSpeed& row : SPEEDS)
+  std::string known;
+  for (const cSpeed& row : SPEEDS) {
     if (row.bitsPerSecond == speed) return row.constant;
-  throwSimError(std::to_string(speed) +
-                    " bits/s is no line speed (19200, 57600, 115200, 500000; "
-                    "0 for any)",
+    if (row.bitsPerSecond != 0) known += std::to_string(row.bitsPerSecond) + ", ";
+  }
+  throwSimError(std::to_string(speed) + " bits/s is no line speed (" + known + "0 for any)",
                 EINVAL);
 }
 

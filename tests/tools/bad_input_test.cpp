@@ -33,6 +33,7 @@ INSTANTIATE_TEST_SUITE_P(
         cBadInput{"unknownFormat", {"scan", "--format", "1"}, 2, "none of {csv,json,table}"},
         cBadInput{"unknownFault", {"sim", "--fault", "hail"}, 2, "garbage, forced-byte"},
         cBadInput{"unknownSpeed", {"info", "--speed", "12345"}, 2, "115200"},
+        cBadInput{"unknownSimSpeed", {"sim", "--speed", "12345"}, 1, "57600, 115200, 230400"},
         cBadInput{"emptyDevice", {"scan", ""}, 2, "leave it out"},
         cBadInput{"simWithoutColon", {"scan", "sim"}, 1, "\"sim:\", with the colon"},
         cBadInput{"noTerminal", {"scan", "/dev/null"}, 1, "Give the path of a serial device"},
