@@ -26,6 +26,7 @@ class TARVOLINK_API cScan {
   std::vector<cScanPoint> points;  ///< in the order of the sweep
   kavTBX::cTime timeStamp;         ///< local time at which the scan was received
   double firstAngle;               ///< angle of the first point, radians
-  double lastAngle;                ///< angle of the last point, radians
-  double angleStep;                ///< angle between two points, radians; 0 for a cluster of 0
+  /// Angle of the last step asked for, radians; a cluster's point lies at the cluster's first step.
+  double lastAngle;
+  double angleStep;  ///< angle between two points, radians; 0 for a cluster of 0
 };
