@@ -1,6 +1,7 @@
 // Scans until SIGINT (Ctrl-C) or SIGTERM comes, and leaves the sensor with its laser off.
 #include <csignal>
 #include <iostream>
+#include <stdexcept>
 
 #include "tarvolink/tarvolink.h"
 
@@ -29,10 +30,14 @@ int main(int argc, char** argv) {
   int taken = 0;
   int silentWaits = 0;
   while (!isStopWanted && silentWaits < 10) {
-    // A signal does not end the wait: it is a short one.
-    silentWaits = scanner.waitScan(200) ? 0 : silentWaits + 1;
-    while (auto scan = scanner.getScanFirst())
-      std::cout << ++taken << ": " << scan->points.size() << " points" << std::endl;
+    try {
+      // A signal does not end the wait: it is a short one.
+      silentWaits = scanner.waitScan(200) ? 0 : silentWaits + 1;
+      while (auto scan = scanner.getScanFirst())
+        std::cout << ++taken << ": " << scan->points.size() << " points" << std::endl;
+    } catch (const std::out_of_range&) {
+      std::cerr << "a scan came damaged and is left out\n";  // and no reason to leave the laser on
+    }
   }
   scanner.stopAll();
   scanner.abortScan();
