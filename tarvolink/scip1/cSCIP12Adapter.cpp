@@ -95,17 +95,24 @@ void cSCIP12Adapter::forgetStarts() {
 }
 
 int cSCIP12Adapter::abortScan() {
-  if (isScanning()) queue.post({GO_SCANNING, 0});
+  boost::mutex::scoped_lock requests(queue.mutex);
+  if (isScanning()) goOnScanning();
   return 0;
 }
 
 int cSCIP12Adapter::resumeScan() {
-  {
-    boost::mutex::scoped_lock lock(wakeMutex);
-    if (scansLeft < 0) return -1;
-  }
-  queue.post({GO_SCANNING, 0});
+  boost::mutex::scoped_lock requests(queue.mutex);
+  boost::mutex::scoped_lock lock(wakeMutex);
+  if (scansLeft < 0) return -1;
+  goOnScanning();
   return 0;
+}
+
+/// Asks for the scanning state, with the queue's mutex held since the look that allows it: a count
+/// that ended or a stop that came in between would be undone, and scanning begun without end.
+void cSCIP12Adapter::goOnScanning() {
+  queue.queue.push_back({GO_SCANNING, 0});
+  queue.cond.notify_all();
 }
 
 int cSCIP12Adapter::setCommSpeed(int baud) {
