@@ -48,28 +48,35 @@ cSCIP12Adapter::~cSCIP12Adapter() { finalize(); }
 // --- callers: scanning -----------------------------------------------------------------
 
 int cSCIP12Adapter::startScan(int st, int ed, int sk, int ssk, int count, int mx) {
-  boost::mutex::scoped_lock lock(wakeMutex);
-  if (state != IDLE) return 0;
+  if (getState() != IDLE) return 0;
   const int scans = count == 0 ? ENDLESS : count;
   const double seconds = ssk * 0.1;
-  interval = seconds;
-  beginSchedule();
-  setRange(st, ed, sk, scans);
-  lock.unlock();
   std::fprintf(stderr, "Starting scan st:%d ed:%d sk:%d ssk:%d s#:%d mx:%d\n", st, ed, sk, ssk,
                scans, mx);
   std::fprintf(stderr, "resetting interval :%f[ms] (from %d scan)\n", seconds, ssk);
-  queue.post({GO_SCANNING, 0});
+  boost::mutex::scoped_lock requests(queue.mutex);
+  boost::mutex::scoped_lock lock(wakeMutex);
+  interval = seconds;
+  beginSchedule();
+  setRange(st, ed, sk, scans);
+  askForScanning();
   return 1;
 }
 
 int cSCIP12Adapter::getStoredScan(int st, int ed, int sk, int) {
+  boost::mutex::scoped_lock requests(queue.mutex);
   boost::mutex::scoped_lock lock(wakeMutex);
   if (state != IDLE) return -1;
   setRange(st, ed, sk, 1);
-  lock.unlock();
-  queue.post({GO_SCANNING, 0});
+  askForScanning();
   return 0;
+}
+
+/// With the queue's mutex held since what is to be scanned was looked at or set: a count that ended
+/// or a stop that came in between would be undone, and scanning begun without end.
+void cSCIP12Adapter::askForScanning() {
+  queue.queue.push_back({GO_SCANNING, 0});
+  queue.cond.notify_all();
 }
 
 void cSCIP12Adapter::setRange(int st, int ed, int sk, int scans) {
@@ -96,7 +103,7 @@ void cSCIP12Adapter::forgetStarts() {
 
 int cSCIP12Adapter::abortScan() {
   boost::mutex::scoped_lock requests(queue.mutex);
-  if (isScanning()) goOnScanning();
+  if (isScanning()) askForScanning();
   return 0;
 }
 
@@ -104,15 +111,8 @@ int cSCIP12Adapter::resumeScan() {
   boost::mutex::scoped_lock requests(queue.mutex);
   boost::mutex::scoped_lock lock(wakeMutex);
   if (scansLeft < 0) return -1;
-  goOnScanning();
+  askForScanning();
   return 0;
-}
-
-/// Asks for the scanning state, with the queue's mutex held since the look that allows it: a count
-/// that ended or a stop that came in between would be undone, and scanning begun without end.
-void cSCIP12Adapter::goOnScanning() {
-  queue.queue.push_back({GO_SCANNING, 0});
-  queue.cond.notify_all();
 }
 
 int cSCIP12Adapter::setCommSpeed(int baud) {

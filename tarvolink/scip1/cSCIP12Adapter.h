@@ -133,7 +133,7 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
   int getState();
   void setState(int newState);
   void forgetStarts();
-  void goOnScanning();
+  void askForScanning();
   void beginSchedule();
   boost::posix_time::ptime getLocalTime() const;
   boost::posix_time::time_duration getPause(const cPass& pass) const;

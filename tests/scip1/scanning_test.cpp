@@ -135,6 +135,26 @@ TEST(Scip1Counting, AbortStartsNothingAgain) {
   }
 }
 
+// Catches: a start that another one, done meanwhile, overtook in its messages, and that then scans
+// without end.
+TEST_F(Scip1, OvertakenStartKeepsItsCount) {
+  const auto overtake = [](void* held, const char*, std::size_t size) {
+    cHeldRig& same = *static_cast<cHeldRig*>(held);
+    if (same.sensor.getCommands().empty() && same.scip2.getStoredScan(0, 1, 1, 0) == 0) {
+      same.isOverAfter(2);
+    }
+    return static_cast<ssize_t>(size);
+  };
+  FILE* const before = stderr;
+  stderr = fopencookie(&rig, "w", {nullptr, overtake, nullptr, nullptr});
+  setvbuf(stderr, nullptr, _IONBF, 0);
+  EXPECT_EQ(rig.startTwoPoints(2), 1);
+  fclose(stderr);
+  stderr = before;
+  EXPECT_TRUE(rig.isOverAfter(5));
+  EXPECT_EQ(rig.takeAll(), (tNumbers{0, 1, 2, 3, 4}));
+}
+
 // Catches: a scan of a stopped start that counts for, ends, or lends its range to the next one; a
 // new start that waits for the old one's period.
 TEST(Scip1Counting, OldPassLeavesTheNewStartAlone) {
