@@ -59,8 +59,8 @@ const cRow ROWS[] = {
 class cGone : public testing::TestWithParam<cRow> {};
 
 TEST_P(cGone, IsBorne) {
-  inBothDialects([&row = GetParam()](eSimDialect dialect) {
-    const cTempFolder folder;
+  const cTempFolder folder;  // not the child's, whose end may be an assertion
+  inBothDialects([&row = GetParam(), &folder](eSimDialect dialect) {
     cSimSetting setting = paced(dialect);
     setting.link = folder / "sensor";  // which stays the same where the terminal's number changes
     cFaultRig rig(setting);
