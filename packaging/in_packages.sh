@@ -20,8 +20,10 @@ APT::Install-Recommends "false";
 quiet "2";
 END
 apt-get update
-# Of an earlier run in this container: it would hide a dependency that the packages leave out.
+# Of an earlier run in this container: Boost would hide a dependency that the packages leave out, the
+# folders that rm leaves would pass for the packages'.
 apt-get purge --autoremove '^libboost' >/dev/null
+find /usr/local/include /usr/local/lib -mindepth 1 -type d -empty -delete
 
 rm -rf build/package
 mkdir -p build/package
