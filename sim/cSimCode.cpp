@@ -6,16 +6,18 @@ char cSimCode::sum(const std::string& text) {
   return static_cast<char>((total & 0x3F) + 0x30);
 }
 
-std::string cSimCode::summed(const std::string& text) { return text + sum(text) + '\n'; }
+std::string cSimCode::withSum(const std::string& text) { return text + sum(text) + '\n'; }
 
-std::string cSimCode::number(unsigned value, int width) {
+std::string cSimCode::encode(unsigned value, int width) {
   std::string text(static_cast<std::size_t>(width), '0');
   for (auto place = text.rbegin(); place != text.rend(); ++place, value >>= 6)
     *place = static_cast<char>((value & 0x3F) + 0x30);
   return text;
 }
 
-std::string cSimCode::numbers(const std::vector<int>& values, int width) {
+// Appends to one reserved text, not value by value as the other does: this runs for each reading of
+// each scan, and a benchmark runs dozens of sensors.
+std::string cSimCode::encode(const std::vector<int>& values, int width) {
   std::string text;
   text.reserve(values.size() * static_cast<std::size_t>(width));
   for (int value : values)
@@ -24,12 +26,12 @@ std::string cSimCode::numbers(const std::vector<int>& values, int width) {
   return text;
 }
 
-std::string cSimCode::lines(const std::string& data, bool sums) {
+std::string cSimCode::dataLines(const std::string& data, bool sums) {
   std::string text;
   text.reserve(data.size() + 2 * (data.size() / LINE + 1));
   for (std::size_t at = 0; at < data.size(); at += LINE) {
     const std::string line = data.substr(at, LINE);
-    text += sums ? summed(line) : line + '\n';
+    text += sums ? withSum(line) : line + '\n';
   }
   return text;
 }

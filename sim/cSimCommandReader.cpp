@@ -2,7 +2,7 @@
 
 #include <utility>
 
-std::optional<cSimCommand> cSimCommandReader::hear(char byte) {
+std::optional<cSimCommand> cSimCommandReader::receive(char byte) {
   const bool secondHalf = afterReturn && byte == '\n';
   afterReturn = byte == '\r';
   if (secondHalf) return std::nullopt;

@@ -3,10 +3,10 @@
 #include <optional>
 #include <string>
 
-/// A line that the sensor heard.
+/// A line that the sensor received.
 struct cSimCommand {
   std::string text;      ///< without its line end
-  bool tooLong = false;  ///< it did not fit the command buffer; text is its beginning
+  bool tooLong = false;  ///< longer than the command buffer; text is its beginning
 };
 
 /// The sensor's command buffer: bytes in, lines out. A line ends with LF, CR or CR LF.
@@ -14,8 +14,8 @@ class cSimCommandReader {
  public:
   static constexpr std::size_t BUFFER = 128;  ///< bytes of a line that are kept
 
-  /// Takes one byte; the line, when this byte ended one (a blank line too).
-  std::optional<cSimCommand> hear(char byte);
+  /// Takes one byte; returns the line if this byte ended one (also a blank line).
+  std::optional<cSimCommand> receive(char byte);
   void clear() { *this = cSimCommandReader(); }
 
  private:

@@ -4,7 +4,7 @@
 #include <string>
 #include <system_error>
 
-/// Throws what a failed system call left in errno, with what was tried.
-[[noreturn]] inline void throwSimError(const std::string& tried, int error = errno) {
-  throw std::system_error(error, std::generic_category(), "simulated sensor: " + tried);
+/// Throws std::system_error for a failed system call: errno, and what went wrong.
+[[noreturn]] inline void throwSimError(const std::string& message, int error = errno) {
+  throw std::system_error(error, std::generic_category(), "simulated sensor: " + message);
 }

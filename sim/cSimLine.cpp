@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr unsigned LINE_FEED_EVERY = 13;  // bytes of garbage, in garbage that has line feeds
+constexpr unsigned LINE_FEED_INTERVAL = 13;  // bytes of garbage, in garbage that has line feeds
 
 struct cSpeed {
   int bitsPerSecond;
@@ -26,34 +26,36 @@ speed_t cSimLine::constantOf(int speed) {
     if (row.bitsPerSecond == speed) return row.constant;
     if (row.bitsPerSecond != 0) known += std::to_string(row.bitsPerSecond) + ", ";
   }
-  throwSimError(std::to_string(speed) + " bits/s is no line speed (" + known + "0 for any)",
+  throwSimError(std::to_string(speed) + " bits/s is not a line speed (" + known + "0 for any)",
                 EINVAL);
 }
 
-cSimLine::cSimLine(const cSimSetting& sensorSetting, std::uint64_t seed)
-    : kind(sensorSetting.garbage),
-      ownSpeed(constantOf(sensorSetting.speed)),
-      pty(ownSpeed),
+cSimLine::cSimLine(const cSimSetting& setting, std::uint64_t seed)
+    : garbage(setting.garbage),
+      sensorSpeed(constantOf(setting.speed)),
+      pty(sensorSpeed),
       random(seed) {}
 
-std::string cSimLine::hear() {
-  // What was there before the speed is asked was written at that speed, or before a change of it:
-  // a host flushes or drains its line before it changes the speed.
+std::string cSimLine::receive() {
+  // Count first, then look at the host's speed, then read no more than that count. So nothing is
+  // read that the host wrote after a change of speed that matches() did not see. What it wrote
+  // before the change may be judged by the new speed, but a host drains or flushes its line before
+  // it changes the speed.
   int count = 0;
   if (ioctl(pty.getMaster(), FIONREAD, &count) != 0 || count <= 0) return {};
-  const bool clear = matches();
+  const bool isReadable = matches();
   std::string bytes(static_cast<std::size_t>(count), '\0');
   const ssize_t got = read(pty.getMaster(), bytes.data(), bytes.size());
   bytes.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
-  if (!clear) {
+  if (!isReadable) {
     beginBurst();
     garble(bytes);
   }
   return bytes;
 }
 
-std::size_t cSimLine::say(const char* bytes, std::size_t count, bool recordBegins) {
-  if (recordBegins) beginBurst();
+std::size_t cSimLine::send(const char* bytes, std::size_t count, bool isRecordStart) {
+  if (isRecordStart) beginBurst();
   ssize_t written = 0;
   if (matches()) {
     written = write(pty.getMaster(), bytes, count);
@@ -65,14 +67,18 @@ std::size_t cSimLine::say(const char* bytes, std::size_t count, bool recordBegin
   return written > 0 ? static_cast<std::size_t>(written) : 0;
 }
 
+// Drawn once a burst and not once a byte: a driver meets garbage that ends no line for its whole
+// time-out, as well as garbage in lines, and a search has to survive both.
 void cSimLine::beginBurst() {
-  lineFeeds = kind == eSimGarbage::LINES || (kind == eSimGarbage::BY_SEED && random.below(2) == 0);
+  hasLineFeeds =
+      garbage == eSimGarbage::LINES || (garbage == eSimGarbage::BY_SEED && random.below(2) == 0);
 }
 
 void cSimLine::garble(std::string& bytes) {
   for (char& byte : bytes) {
     byte = static_cast<char>(random.below(256));
+    // Line ends come at the interval only, or garbage without any would have some by chance.
     if (byte == '\n' || byte == '\r') byte = '\0';
-    if (lineFeeds && ++garbled % LINE_FEED_EVERY == 0) byte = '\n';
+    if (hasLineFeeds && ++garbledBytes % LINE_FEED_INTERVAL == 0) byte = '\n';
   }
 }

@@ -18,22 +18,27 @@ void refuseOtherFiles(const std::string& path) {
 
 }  // namespace
 
-cSimLink::cSimLink(const std::string& link, const std::string& target) : path(link), aim(target) {
+cSimLink::cSimLink(const std::string& path, const std::string& target)
+    : path(path), target(target) {
   if (path.empty()) return;
   refuseOtherFiles(path);
+  // rename(2) replaces in one step, so that a host that opens the link meanwhile finds a sensor.
+  // The temporary name is this sensor's own, also among those of one process.
   const std::string slave = target.substr(target.rfind('/') + 1);
-  const std::string fresh = path + ".new." + std::to_string(getpid()) + "." + slave;
-  unlink(fresh.c_str());
-  if (symlink(target.c_str(), fresh.c_str()) != 0) throwSimError("cannot make the link " + path);
-  if (rename(fresh.c_str(), path.c_str()) == 0) return;
+  const std::string temporary = path + ".new." + std::to_string(getpid()) + "." + slave;
+  unlink(temporary.c_str());
+  if (symlink(target.c_str(), temporary.c_str()) != 0)
+    throwSimError("cannot create the link " + path);
+  if (rename(temporary.c_str(), path.c_str()) == 0) return;
   const int error = errno;
-  unlink(fresh.c_str());
-  throwSimError("cannot make the link " + path, error);
+  unlink(temporary.c_str());
+  throwSimError("cannot create the link " + path, error);
 }
 
 cSimLink::~cSimLink() {
   if (path.empty()) return;
-  char now[PATH_MAX];
-  const ssize_t length = readlink(path.c_str(), now, sizeof now);
-  if (length > 0 && aim == std::string(now, static_cast<std::size_t>(length))) unlink(path.c_str());
+  char present[PATH_MAX];
+  const ssize_t length = readlink(path.c_str(), present, sizeof present);
+  if (length > 0 && target == std::string(present, static_cast<std::size_t>(length)))
+    unlink(path.c_str());
 }

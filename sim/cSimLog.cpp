@@ -6,27 +6,29 @@ namespace {
 template <class tEntry>
 void append(std::deque<tEntry>& log, const tEntry& entry) {
   log.push_back(entry);
-  if (log.size() > cSimLog::MOST) log.pop_front();
+  if (log.size() > cSimLog::MAX_ENTRIES) log.pop_front();
 }
 }  // namespace
 
-void cSimLog::heard(std::size_t bytes) {
-  change([&] { counters.bytesHeard += bytes; });
+void cSimLog::addReceived(std::size_t bytes) {
+  change([&] { counters.bytesReceived += bytes; });
 }
 
-void cSimLog::heardCommand(const std::string& line) {
+void cSimLog::addCommand(const std::string& line) {
   change([&] {
     ++counters.commands;
     append(commands, line);
   });
 }
 
-void cSimLog::wrote(std::size_t bytes) {
+// Wakes no one, since it is called for every chunk: a wait for bytesWritten ends when the record
+// does.
+void cSimLog::addWritten(std::size_t bytes) {
   std::lock_guard<std::mutex> lock(mutex);
   counters.bytesWritten += bytes;
 }
 
-void cSimLog::ended(const cSimRecord& record) {
+void cSimLog::addRecord(const cSimRecord& record) {
   change([&] {
     ++counters.records;
     if (!record.scan || record.cut) return;
@@ -35,11 +37,11 @@ void cSimLog::ended(const cSimRecord& record) {
   });
 }
 
-void cSimLog::skippedScans(std::uint64_t count) {
+void cSimLog::addSkippedScans(std::uint64_t count) {
   change([&] { counters.skippedScans += count; });
 }
 
-void cSimLog::droppedAnswer() {
+void cSimLog::addDroppedAnswer() {
   change([&] { ++counters.droppedAnswers; });
 }
 

@@ -10,29 +10,31 @@
 #include "sim/cSimRecord.h"
 #include "sim/cSimSensor.h"
 
-/// What has happened, for those who wait for it. Any thread.
+/// Counts and records what happens, for callers that ask or wait for it. Any thread.
 class cSimLog {
  public:
-  static constexpr std::size_t MOST = 65536;  ///< commands kept, and scan numbers kept
+  /// Commands kept, and scan numbers kept: hours of a test, and a bound for a sensor that runs for
+  /// a year.
+  static constexpr std::size_t MAX_ENTRIES = 65536;
 
-  void heard(std::size_t bytes);
-  void heardCommand(const std::string& line);
-  void wrote(std::size_t bytes);
-  void ended(const cSimRecord& record);
-  void skippedScans(std::uint64_t count);
-  void droppedAnswer();
+  void addReceived(std::size_t bytes);
+  void addCommand(const std::string& line);
+  void addWritten(std::size_t bytes);
+  void addRecord(const cSimRecord& record);
+  void addSkippedScans(std::uint64_t count);
+  void addDroppedAnswer();
 
   std::vector<std::uint32_t> getSentScans() const;
   std::vector<std::string> getCommands() const;
   cSimCounters getCounters() const;
 
   using cTimeOut = std::chrono::milliseconds;
-  /// Waits until the counter has reached `count`; whether it has.
+  /// As cSimSensor::waitFor and waitForCommand.
   bool waitFor(std::uint64_t cSimCounters::*counter, std::uint64_t count, cTimeOut timeOut) const;
   bool waitForCommand(const std::string& prefix, std::size_t count, cTimeOut timeOut) const;
 
  private:
-  /// Changes something under the lock and wakes all who wait.
+  /// Runs `what` under the lock and wakes all waiting callers.
   template <class tChange>
   void change(tChange what) {
     std::lock_guard<std::mutex> lock(mutex);
@@ -40,7 +42,7 @@ class cSimLog {
     changed.notify_all();
   }
 
-  mutable std::mutex mutex;
+  mutable std::mutex mutex;  ///< guards all below
   mutable std::condition_variable changed;
   cSimCounters counters;
   std::deque<std::uint32_t> scans;

@@ -1,39 +1,43 @@
 #include "sim/cSimModel.h"
 
+#include <cstdio>
+
+// Figures that are typical of each class. They differ on purpose in what a driver might take for
+// granted: where the first step is, whether the front is in the middle, which readings are errors.
 const cSimModel& cSimModel::of(eSimModel model) {
   static const cSimModel SHORT = {"SIM-S240(Short range)",
                                   "Simulated short range scanner",
-                                  44,
-                                  725,
-                                  384,
-                                  1024,
-                                  20,
-                                  5600,
-                                  600,
-                                  0,
-                                  19};
+                                  44,    // first
+                                  725,   // last
+                                  384,   // front
+                                  1024,  // perTurn
+                                  20,    // minDistance
+                                  5600,  // maxDistance
+                                  600,   // rpm
+                                  0,     // firstError
+                                  19};   // lastError
   static const cSimModel MIDDLE = {"SIM-M270(Middle range)",
                                    "Simulated middle range scanner",
-                                   0,
-                                   768,
-                                   384,
-                                   1024,
-                                   20,
-                                   8000,
-                                   900,
-                                   0,
-                                   19};
+                                   0,     // first
+                                   768,   // last
+                                   384,   // front
+                                   1024,  // perTurn
+                                   20,    // minDistance
+                                   8000,  // maxDistance
+                                   900,   // rpm
+                                   0,     // firstError
+                                   19};   // lastError
   static const cSimModel LONG = {"SIM-L270(Long range)",
                                  "Simulated long range scanner",
-                                 0,
-                                 1080,
-                                 540,
-                                 1440,
-                                 23,
-                                 60000,
-                                 2400,
-                                 1,
-                                 5};
+                                 0,      // first
+                                 1080,   // last
+                                 540,    // front
+                                 1440,   // perTurn
+                                 23,     // minDistance
+                                 60000,  // maxDistance
+                                 2400,   // rpm
+                                 1,      // firstError
+                                 5};     // lastError
   switch (model) {
     case eSimModel::MIDDLE_RANGE:
       return MIDDLE;
@@ -43,4 +47,15 @@ const cSimModel& cSimModel::of(eSimModel model) {
       break;
   }
   return SHORT;
+}
+
+bool cSimModel::acceptsSpeed(int bitsPerSecond) {
+  return bitsPerSecond == 19200 || bitsPerSecond == 57600 || bitsPerSecond == 115200 ||
+         bitsPerSecond == 500000;
+}
+
+std::string cSimModel::serialNumber(const cSimSetting& setting) {
+  char text[16];
+  std::snprintf(text, sizeof text, "S%07u", static_cast<unsigned>(setting.seed % 10000000));
+  return text;
 }

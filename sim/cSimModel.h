@@ -1,21 +1,27 @@
 #pragma once
 
+#include <string>
+
 #include "sim/cSimSetting.h"
 
 /// The figures of a model class.
 struct cSimModel {
-  const char* name;     ///< what MODL says
-  const char* product;  ///< what PROD says
+  const char* name;     ///< MODL
+  const char* product;  ///< PROD
   int first;            ///< AMIN, the first measuring step
-  int last;             ///< AMAX, the last one
+  int last;             ///< AMAX, the last measuring step
   int front;            ///< AFRT, the step straight ahead
-  int perTurn;          ///< ARES, steps of a whole turn
-  int near;             ///< DMIN, mm
-  int far;              ///< DMAX, mm
+  int perTurn;          ///< ARES, steps in a whole turn
+  int minDistance;      ///< DMIN, mm
+  int maxDistance;      ///< DMAX, mm
   int rpm;              ///< SCAN, turns a minute
-  int errorFirst;       ///< readings from errorFirst to errorLast are error values
-  int errorLast;
+  int firstError;       ///< readings from firstError to lastError are error values
+  int lastError;
 
   static const cSimModel& of(eSimModel model);
-  double rate() const { return rpm / 60.0; }
+  /// Whether SS and S accept this line speed, on all models.
+  static bool acceptsSpeed(int bitsPerSecond);
+  /// The serial number, SERI: sensors with different seeds can be told apart.
+  static std::string serialNumber(const cSimSetting& setting);
+  double rate() const { return rpm / 60.0; }  ///< turns, and so scans, a second
 };

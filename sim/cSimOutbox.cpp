@@ -5,21 +5,28 @@
 
 namespace {
 
-constexpr std::size_t FIFO = 16;  // bytes that a UART hands over together, at the least
-constexpr cSimOutbox::cSpan LAG = std::chrono::milliseconds(50);  // more is no catching up
+constexpr std::size_t UART_FIFO = 16;  // bytes: an interrupt per FIFO, not per byte
 
-std::size_t bytesIn(cSimOutbox::cSpan span, int speed) {
-  return static_cast<std::size_t>(static_cast<double>(span.count()) * speed / 1e10);
+// A thread that wakes up late catches up, so that the line keeps its average speed. After a longer
+// delay the machine was suspended or the pty was full, and a real line does not run faster then.
+constexpr cSimOutbox::cDuration MAX_CATCH_UP = std::chrono::milliseconds(50);
+
+constexpr double BIT_NANOSECONDS_PER_BYTE = 1e10;  // 10 bits, divided by bits per second
+
+std::size_t bytesIn(cSimOutbox::cDuration duration, int speed) {
+  const auto nanoseconds = static_cast<double>(duration.count());
+  return static_cast<std::size_t>(nanoseconds * speed / BIT_NANOSECONDS_PER_BYTE);
 }
 
-cSimOutbox::cSpan timeOf(std::size_t bytes, int speed) {
+cSimOutbox::cDuration timeFor(std::size_t bytes, int speed) {
   if (speed == 0) return {};
-  return cSimOutbox::cSpan(static_cast<std::int64_t>(static_cast<double>(bytes) * 1e10 / speed));
+  const double nanoseconds = static_cast<double>(bytes) * BIT_NANOSECONDS_PER_BYTE / speed;
+  return cSimOutbox::cDuration(static_cast<std::int64_t>(nanoseconds));
 }
 
 }  // namespace
 
-void cSimOutbox::push(cSimRecord record, cMoment earliest) {
+void cSimOutbox::push(cSimRecord record, cTimePoint earliest) {
   waiting += record.bytes.size();
   items.push_back({std::move(record), earliest});
 }
@@ -29,61 +36,77 @@ bool cSimOutbox::hasRunningScan() const {
                      [](const cItem& item) { return item.record.running; });
 }
 
-void cSimOutbox::begin(cMoment now) {
+// The faults are drawn when the record's turn comes and not in push: one that is set or cleared
+// while the record waits still counts.
+void cSimOutbox::begin(cTimePoint now) {
   const cSimRecord& record = items.front().record;
-  const auto taken = [&](eSimFault fault) { return faults.take(fault, record); };
+  const auto consume = [&](eSimFault fault) { return faults.consume(fault, record); };
   const auto size = [](std::optional<int> value) {
     return static_cast<std::size_t>(std::max(value.value_or(0), 0));
   };
-  splitAt = size(taken(eSimFault::SPLIT));
+  splitAt = size(consume(eSimFault::SPLIT));
+  // Belongs to SPLIT, so it is read and not consumed: `times` counts split records only.
   splitPause = std::chrono::milliseconds(size(faults.valueOf(eSimFault::SPLIT_PAUSE)));
-  const auto gap = taken(eSimFault::BYTE_BY_BYTE);
-  single = gap.has_value();
-  singleGap = std::chrono::microseconds(size(gap));
-  burst = std::chrono::milliseconds(size(taken(eSimFault::BURSTS)));
-  begun = true;
-  done = 0;
-  plan(std::max(now, items.front().earliest));
+  const auto gap = consume(eSimFault::BYTE_BY_BYTE);
+  isByteByByte = gap.has_value();
+  byteGap = std::chrono::microseconds(size(gap));
+  burst = std::chrono::milliseconds(size(consume(eSimFault::BURSTS)));
+  isBegun = true;
+  sentBytes = 0;
+  planChunk(std::max(now, items.front().earliest));
 }
 
-void cSimOutbox::plan(cMoment from) {
-  const std::size_t rest = items.front().record.bytes.size() - done;
-  piece = rest;
+// Decides which bytes leave together next, and when: `from` is when the chunk before them left. A
+// chunk is due when its last byte has crossed the line, since a reader gets no byte earlier.
+void cSimOutbox::planChunk(cTimePoint from) {
+  chunk = chunkSize();
+  cDuration wait = timeFor(chunk, speed);
+  // The first byte waits for nothing: a gap lies between two bytes.
+  if (isByteByByte && sentBytes > 0) wait = std::max(wait, byteGap);
+  if (splitAt > 0 && sentBytes == splitAt) wait += splitPause;
+  dueAt = endOfBurst(from + wait);
+}
+
+// A byte a write would be truest to a serial line but would cost a wake-up each, 11,000 a second at
+// 115200 bits/s. So bytes leave by the millisecond, or by the FIFO on a line that is slower.
+std::size_t cSimOutbox::chunkSize() const {
+  if (isByteByByte) return 1;
+  std::size_t size = items.front().record.bytes.size() - sentBytes;
   if (speed != 0) {
-    const cSpan together = std::max<cSpan>(std::chrono::milliseconds(1), burst);
-    piece = std::min(piece, std::max(FIFO, bytesIn(together, speed)));
+    const cDuration together = std::max<cDuration>(std::chrono::milliseconds(1), burst);
+    size = std::min(size, std::max(UART_FIFO, bytesIn(together, speed)));
   }
-  if (done < splitAt) piece = std::min(piece, splitAt - done);
-  if (single) piece = std::min<std::size_t>(piece, 1);
-  cSpan wait = timeOf(piece, speed);
-  if (single && done > 0) wait = std::max(wait, singleGap);
-  if (splitAt > 0 && done == splitAt) wait += splitPause;
-  leaveAt = from + wait;
-  if (burst.count() > 0) {
-    const cSpan over = leaveAt.time_since_epoch() % burst;
-    if (over.count() > 0) leaveAt += burst - over;
-  }
+  // No chunk crosses the split, so that the pause falls between two writes.
+  return sentBytes < splitAt ? std::min(size, splitAt - sentBytes) : size;
 }
 
-std::size_t cSimOutbox::due(cMoment now) {
+// As a USB converter does, which hands bytes over at the ticks of its latency timer.
+cSimOutbox::cTimePoint cSimOutbox::endOfBurst(cTimePoint when) const {
+  if (burst.count() == 0) return when;
+  const cDuration over = when.time_since_epoch() % burst;
+  return over.count() > 0 ? when + (burst - over) : when;
+}
+
+std::size_t cSimOutbox::countDue(cTimePoint now) {
   if (items.empty()) return 0;
-  if (!begun) begin(now);
-  return leaveAt <= now ? piece : 0;
+  if (!isBegun) begin(now);
+  return dueAt <= now ? chunk : 0;
 }
 
-bool cSimOutbox::sent(std::size_t count, cMoment now) {
-  done += count;
-  piece -= count;
+bool cSimOutbox::markSent(std::size_t count, cTimePoint now) {
+  sentBytes += count;
+  chunk -= count;
   waiting -= count;
-  if (done == items.front().record.bytes.size()) return true;
-  if (piece == 0) plan(now - leaveAt < LAG ? leaveAt : now);
+  if (sentBytes == items.front().record.bytes.size()) return true;
+  // A full pty took a part: the rest of the chunk stays due.
+  if (chunk == 0) planChunk(now - dueAt < MAX_CATCH_UP ? dueAt : now);
   return false;
 }
 
-cSimRecord cSimOutbox::take() {
+cSimRecord cSimOutbox::pop() {
   cSimRecord record = std::move(items.front().record);
   items.pop_front();
-  begun = false;
-  done = 0;
+  isBegun = false;
+  sentBytes = 0;
   return record;
 }

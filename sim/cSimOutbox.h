@@ -7,55 +7,61 @@
 #include "sim/cSimRecord.h"
 #include "sim/cSimTurn.h"
 
-/// What is on its way to the host, and when its next bytes may leave: the line speed, and the
-/// timing faults. It knows the clock only as an argument.
+/// The records waiting to be sent, and when the next bytes of the first one are due: decided by
+/// the line speed and the timing faults. It knows the clock only as an argument.
+///
+///     push -> countDue > 0 -> write data() -> markSent ... -> markSent returns true -> pop
 class cSimOutbox {
  public:
-  using cMoment = cSimTurn::cMoment;
-  using cSpan = std::chrono::nanoseconds;
+  using cTimePoint = cSimTurn::cTimePoint;
+  using cDuration = std::chrono::nanoseconds;
 
-  explicit cSimOutbox(cSimFaults& activeFaults) : faults(activeFaults) {}
+  explicit cSimOutbox(cSimFaults& faults) : faults(faults) {}
 
   /// Bits per second, 10 a byte; 0: bytes take no time.
   void setSpeed(int bitsPerSecond) { speed = bitsPerSecond; }
-  /// Puts a record behind the others; it leaves not before `earliest`.
-  void push(cSimRecord record, cMoment earliest);
+  /// Appends a record; none of it is due before `earliest`.
+  void push(cSimRecord record, cTimePoint earliest);
   bool isEmpty() const { return items.empty(); }
   bool hasRunningScan() const;
-  std::size_t getWaiting() const { return waiting; }
+  /// Bytes of all records that have not been sent.
+  std::size_t countWaiting() const { return waiting; }
 
-  /// How many bytes at `front` may leave at that moment; 0: none yet, see `nextAt`.
-  std::size_t due(cMoment now);
-  const char* front() const { return items.front().record.bytes.data() + done; }
-  bool atRecordBegin() const { return done == 0; }
-  /// When `due` will next be above 0; not to be asked when empty.
-  cMoment nextAt() const { return leaveAt; }
-  /// So many of the due bytes have left. Returns whether that ended the record.
-  bool sent(std::size_t count, cMoment now);
-  /// Takes the record that has ended.
-  cSimRecord take();
+  /// How many bytes at `data` are due at that time; 0: none before `nextDue`.
+  std::size_t countDue(cTimePoint now);
+  const char* data() const { return items.front().record.bytes.data() + sentBytes; }
+  bool isAtRecordStart() const { return sentBytes == 0; }
+  /// When `countDue` will next be above 0. Only valid after `countDue` returned 0 and while the
+  /// outbox is not empty.
+  cTimePoint nextDue() const { return dueAt; }
+  /// Notes that `count` of the due bytes were sent. Returns whether the record is complete.
+  bool markSent(std::size_t count, cTimePoint now);
+  /// Removes the complete record.
+  cSimRecord pop();
 
  private:
   struct cItem {
     cSimRecord record;
-    cMoment earliest;
+    cTimePoint earliest;
   };
-  void begin(cMoment now);
-  void plan(cMoment from);
+  void begin(cTimePoint now);
+  void planChunk(cTimePoint from);
+  std::size_t chunkSize() const;
+  cTimePoint endOfBurst(cTimePoint when) const;
 
   cSimFaults& faults;
   std::deque<cItem> items;
   std::size_t waiting = 0;
   int speed = 0;
 
-  // of the record at the front
-  bool begun = false;
-  std::size_t done = 0;   ///< its bytes that have left
-  std::size_t piece = 0;  ///< its bytes that leave together next, at leaveAt
-  cMoment leaveAt;
-  std::size_t splitAt = 0;
-  cSpan splitPause{};
-  bool single = false;
-  cSpan singleGap{};
-  cSpan burst{};
+  // of the first record
+  bool isBegun = false;       ///< its faults are drawn and its first chunk is planned
+  std::size_t sentBytes = 0;  ///< its bytes that were sent
+  std::size_t chunk = 0;      ///< its next bytes, which leave together at dueAt
+  cTimePoint dueAt;
+  std::size_t splitAt = 0;  ///< SPLIT: bytes of the first write; 0: not split
+  cDuration splitPause{};
+  bool isByteByByte = false;
+  cDuration byteGap{};
+  cDuration burst{};  ///< BURSTS: bytes leave at its multiples; 0: at any time
 };

@@ -6,25 +6,24 @@
 #include "sim/cSimScip1.h"
 #include "sim/cSimScip2.h"
 
-/// The sensor's side of the conversation in whichever dialect it speaks at the moment: bytes in,
-/// commands out; commands in, records out. Knows no descriptor, clock or thread, so that tests and
-/// fuzzers enter by the same door as the pty.
+/// The sensor's side of the conversation, in the dialect that it speaks at the time: bytes in,
+/// commands out; commands in, records out. Knows no descriptor, clock or thread, so that a fuzzer
+/// enters by the same functions as the pty.
 class cSimProtocol {
  public:
-  /// As after power-on; with scanningAtStart its task is running already. The setting, model and
-  /// world must outlive it.
-  cSimProtocol(const cSimSetting& sensorSetting, const cSimModel& sensorModel,
-               const cSimWorld& sensorWorld);
+  /// As after power-on; with scanningAtStart its task is running already. The arguments must
+  /// outlive it.
+  cSimProtocol(const cSimSetting& setting, const cSimModel& model, const cSimWorld& world);
   cSimProtocol(const cSimProtocol&) = delete;
   cSimProtocol& operator=(const cSimProtocol&) = delete;
 
-  /// Takes one byte; the command, when this byte ended one.
-  std::optional<cSimCommand> hear(char byte) { return reader.hear(byte); }
-  /// The answer to a command; with no bytes where nothing is to be said. The same line once more
-  /// before `allSaid` is a repetition: 0B in SCIP 2.0.
-  cSimRecord answer(const cSimCommand& command, const cSimMoment& moment);
-  /// All answers have left.
-  void allSaid() { unsaid.clear(); }
+  /// Takes one byte; returns the command if this byte ended one.
+  std::optional<cSimCommand> receive(char byte) { return reader.receive(byte); }
+  /// The answer to a command; its bytes are empty where the sensor stays silent. The same line
+  /// again before `allSent` is a repetition: 0B in SCIP 2.0.
+  cSimRecord answer(const cSimCommand& command, const cSimClock& clock);
+  /// Tells it that all answers have been sent.
+  void allSent() { unsentLine.clear(); }
 
   /// The task that is running, or null.
   const cSimTask* getTask() const { return state.task ? &*state.task : nullptr; }
@@ -39,5 +38,5 @@ class cSimProtocol {
   cSimState state;
   cSimScip1 scip1;
   cSimScip2 scip2;
-  std::string unsaid;  ///< the last line, while its answer has not left
+  std::string unsentLine;  ///< the last command, until its answer has been sent
 };

@@ -10,7 +10,7 @@ namespace {
 
 int openMaster() {
   const int fd = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
-  if (fd < 0) throwSimError("no pseudo-terminal to be had (posix_openpt)");
+  if (fd < 0) throwSimError("no pseudo-terminal available (posix_openpt)");
   return fd;
 }
 
@@ -37,6 +37,7 @@ cSimPty::cSimPty(speed_t speed)
     : master(openMaster()), path(unlockSlave(master.get())), slave(openSlave(path)) {
   termios modes;
   if (tcgetattr(slave.get(), &modes) != 0) throwSimError("cannot read the modes of " + path);
+  // Before anyone can write: a line that echoes would send the sensor its own answers back.
   cfmakeraw(&modes);
   if (speed != B0) cfsetspeed(&modes, speed);
   if (tcsetattr(slave.get(), TCSANOW, &modes) != 0)

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-/// A small generator of numbers (splitmix64): the same on every machine, and cheap enough to be
-/// made anew for each scan or reading.
+/// A small random number generator (splitmix64): the same on every machine, and cheap enough to be
+/// constructed anew for each reading.
 class cSimRandom {
  public:
   explicit cSimRandom(std::uint64_t seed) : state(seed) {}
@@ -18,8 +18,8 @@ class cSimRandom {
   /// A number from 0 to limit - 1; 0 for a limit of 0.
   std::uint64_t below(std::uint64_t limit) { return limit == 0 ? 0 : next() % limit; }
 
-  /// Gaussian to the eye: mean 0, deviation 1. The sum of eight bytes has mean 1020 and
-  /// deviation 209.0.
+  /// Approximately Gaussian, mean 0 and standard deviation 1: the sum of eight random bytes has
+  /// mean 1020 and standard deviation 209.0.
   double gaussian() {
     std::uint64_t bits = next();
     int total = 0;

@@ -9,20 +9,22 @@
 
 namespace {
 
-constexpr std::size_t STRING_MOST = 16;
+constexpr std::size_t MAX_HOST_STRING = 16;  // characters behind the ";"
 
 bool isStringLetter(char c) {
   return cSimText::isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
          std::string(" ._+@").find(c) != std::string::npos;
 }
 
-/// What is wrong with a host string (";" included); "" if nothing is.
+/// The status that refuses a host string (";" included); "" if it is valid.
 std::string stringError(const std::string& tail) {
-  if (tail.size() > STRING_MOST + 1) return "0G";
+  // Too long comes before bad letters: a longer string may have both faults.
+  if (tail.size() > MAX_HOST_STRING + 1) return "0G";
   const bool good = tail.empty() || std::all_of(tail.begin() + 1, tail.end(), isStringLetter);
   return good ? "" : "0H";
 }
 
+// The ";" belongs to the line but not to its sum.
 std::string information(const std::string& key, const std::string& value) {
   const std::string text = key + ":" + value;
   return text + ";" + cSimCode::sum(text) + "\n";
@@ -36,7 +38,7 @@ std::string information(const std::string& key, int value) {
 
 struct cSimScip2::cCommand {
   const char* name;
-  std::size_t arguments;  ///< their characters
+  std::size_t arguments;  ///< how many characters they have
   cSimRecord (cSimScip2::*run)(const cCall&);
 };
 
@@ -58,7 +60,7 @@ const cSimScip2::cCommand* cSimScip2::find(const std::string& name) {
 cSimRecord cSimScip2::reply(const std::string& line, const std::string& status,
                             const std::string& body) {
   cSimRecord record;
-  record.bytes = line + "\n" + cSimCode::summed(status) + body + "\n";
+  record.bytes = line + "\n" + cSimCode::withSum(status) + body + "\n";
   return record;
 }
 
@@ -70,14 +72,16 @@ cSimRecord cSimScip2::refuse(const std::string& line, const std::string& status,
   return record;
 }
 
-cSimRecord cSimScip2::answer(const std::string& line, const cSimMoment& moment) {
+// The order of the checks decides which status a line with several faults gets: an unknown command
+// gets 0E whatever follows it, and a bad host string comes before missing or surplus parameters.
+cSimRecord cSimScip2::answer(const std::string& line, const cSimClock& clock) {
   const std::size_t end = std::min(line.find(';'), line.size());
   const std::string text = line.substr(0, end);
   const std::string name = text.substr(0, 2);
   const cCommand* command = find(name);
   if (command == nullptr) return refuse(line, "0E", setting.unknownCommands);
 
-  const cCall call = {line, name, text.substr(2), line.substr(end), moment};
+  const cCall call = {line, name, text.substr(2), line.substr(end), clock};
   const std::string error = stringError(call.tail);
   if (!error.empty()) return reply(line, error);
   if (call.arguments.size() < command->arguments) return reply(line, "0C");
@@ -87,23 +91,22 @@ cSimRecord cSimScip2::answer(const std::string& line, const cSimMoment& moment) 
 }
 
 cSimRecord cSimScip2::version(const cCall& call) {
-  char serial[16];
-  std::snprintf(serial, sizeof serial, "S%07u", static_cast<unsigned>(setting.seed % 10000000));
   return reply(call.line, "00",
                information("VEND", "Simulated sensors") + information("PROD", model.product) +
                    information("FIRM", "1.0.0") + information("PROT", "SCIP 2.0") +
-                   information("SERI", serial));
+                   information("SERI", cSimModel::serialNumber(setting)));
 }
 
 cSimRecord cSimScip2::parameters(const cCall& call) {
   return reply(call.line, "00",
-               information("MODL", model.name) + information("DMIN", model.near) +
-                   information("DMAX", model.far) + information("ARES", model.perTurn) +
+               information("MODL", model.name) + information("DMIN", model.minDistance) +
+                   information("DMAX", model.maxDistance) + information("ARES", model.perTurn) +
                    information("AMIN", model.first) + information("AMAX", model.last) +
                    information("AFRT", model.front) + information("SCAN", model.rpm));
 }
 
-std::string cSimScip2::remarked(const std::string& key, const std::string& value) const {
+std::string cSimScip2::withRemark(const std::string& key, const std::string& value) const {
+  // Sensors differ in whether the sum covers the remark. The value has to be read either way.
   const std::string remark = "<-Default setting by user";
   if (setting.remark == eSimRemark::NONE) return information(key, value);
   if (setting.remark == eSimRemark::INSIDE_SUM) return information(key, value + remark);
@@ -112,20 +115,22 @@ std::string cSimScip2::remarked(const std::string& key, const std::string& value
 }
 
 cSimRecord cSimScip2::status(const cCall& call) {
+  // Six hexadecimal digits of 24 bits, as some models write it; TM1 has four characters instead.
   char time[16];
-  std::snprintf(time, sizeof time, "%06X", static_cast<unsigned>(call.moment.stamp & 0xFFFFFF));
+  std::snprintf(time, sizeof time, "%06X", static_cast<unsigned>(call.clock.stamp & 0xFFFFFF));
+  // The texts differ by model, so that a driver cannot rely on one of them.
   const bool brief = setting.model == eSimModel::SHORT_RANGE;
   const int rpm = static_cast<int>(std::lround(rate() * 60));
-  return reply(
-      call.line, "00",
-      information("MODL", model.name) + information("LASR", state.laser ? "ON" : "OFF") +
-          remarked("SCSP", std::to_string(rpm) + "[rpm]") +
-          information("MESM", state.adjusting ? "Adjusting"
-                              : state.task    ? "Measuring"
-                                              : "Idle") +
-          remarked("SBPS", state.speed == 0 ? "USB only" : std::to_string(state.speed) + "[bps]") +
-          information("TIME", time) +
-          information("STAT", brief ? "Sensor works well." : "Stable 000 no error."));
+  return reply(call.line, "00",
+               information("MODL", model.name) + information("LASR", state.laser ? "ON" : "OFF") +
+                   withRemark("SCSP", std::to_string(rpm) + "[rpm]") +
+                   information("MESM", state.adjusting ? "Adjusting"
+                                       : state.task    ? "Measuring"
+                                                       : "Idle") +
+                   withRemark("SBPS", state.speed == 0 ? "USB only"
+                                                       : std::to_string(state.speed) + "[bps]") +
+                   information("TIME", time) +
+                   information("STAT", brief ? "Sensor works well." : "Stable 000 no error."));
 }
 
 cSimRecord cSimScip2::laserOn(const cCall& call) {
@@ -140,11 +145,12 @@ cSimRecord cSimScip2::quit(const cCall& call) {
   return reply(call.line, "00");
 }
 
+// A running task ends and the laser goes off, since the new state is that of power-on.
 cSimRecord cSimScip2::reset(const cCall& call) {
   cSimState fresh;
-  const bool wholly = call.name == "RS";
-  fresh.speed = wholly ? setting.speed : state.speed;
-  fresh.slower = wholly ? 0 : state.slower;
+  const bool isFull = call.name == "RS";
+  fresh.speed = isFull ? setting.speed : state.speed;
+  fresh.slowdown = isFull ? 0 : state.slowdown;
   state = fresh;
   cSimRecord record = reply(call.line, "00");
   record.newSpeed = state.speed;
@@ -152,13 +158,14 @@ cSimRecord cSimScip2::reset(const cCall& call) {
   return record;
 }
 
+// TM0 begins adjust mode, TM1 asks for the time, TM2 ends the mode.
 cSimRecord cSimScip2::adjust(const cCall& call) {
   const char code = call.arguments[0];
   if (code < '0' || code > '2') return reply(call.line, "01");
   if (code == '1') {
     if (!state.adjusting) return reply(call.line, "04");
     return reply(call.line, "00",
-                 cSimCode::summed(cSimCode::number(call.moment.stamp & 0xFFFFFF, 4)));
+                 cSimCode::withSum(cSimCode::encode(call.clock.stamp & 0xFFFFFF, 4)));
   }
   const bool begin = code == '0';
   if (begin == state.adjusting) return reply(call.line, begin ? "02" : "03");
@@ -170,10 +177,10 @@ cSimRecord cSimScip2::adjust(const cCall& call) {
 
 cSimRecord cSimScip2::lineSpeed(const cCall& call) {
   if (!cSimText::isNumber(call.arguments)) return reply(call.line, "01");
+  // A USB sensor has no line speed to change.
   if (state.speed == 0) return reply(call.line, "04");
   const int speed = std::stoi(call.arguments);
-  if (speed != 19200 && speed != 57600 && speed != 115200 && speed != 500000)
-    return reply(call.line, "02");
+  if (!cSimModel::acceptsSpeed(speed)) return reply(call.line, "02");
   if (speed == state.speed) return reply(call.line, "03");
   state.speed = speed;
   cSimRecord record = reply(call.line, "00");
@@ -183,17 +190,18 @@ cSimRecord cSimScip2::lineSpeed(const cCall& call) {
 
 double cSimScip2::rate() const {
   const double own = setting.rate > 0 ? setting.rate : model.rate();
-  return own * (100 - state.slower) / 100;
+  return own * (100 - state.slowdown) / 100;
 }
 
 cSimRecord cSimScip2::motorSpeed(const cCall& call) {
   if (setting.model != eSimModel::SHORT_RANGE) return reply(call.line, "04");
   if (!cSimText::isNumber(call.arguments)) return reply(call.line, "01");
   const int code = std::stoi(call.arguments);
+  // 00 and 99 both mean the model's own speed, 01 to 10 are percent below it.
   const int level = code == 99 ? 0 : code;
   if (level > 10) return reply(call.line, "02");
-  if (level == state.slower) return reply(call.line, "03");
-  state.slower = level;
+  if (level == state.slowdown) return reply(call.line, "03");
+  state.slowdown = level;
   cSimRecord record = reply(call.line, "00");
   record.newRate = rate();
   return record;

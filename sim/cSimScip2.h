@@ -6,37 +6,39 @@
 #include "sim/cSimState.h"
 #include "sim/cSimWorld.h"
 
-/// SCIP 2.0: what each command answers and does. Knows no descriptor, clock or thread.
+/// SCIP 2.0: what each command does and answers. Knows no descriptor, clock or thread.
 ///
-/// Where sensors differ it chooses: a new MD or MS replaces the one that runs; all other commands
-/// are answered between its records; the laser goes off when a counted one has ended. In adjust
-/// mode every command but TM gets 0A, and the laser stays off when the mode ends. A first step
-/// below AMIN is measured, a last one above AMAX is refused. RS sets line and motor speed back to
-/// those of power-on, RT leaves them. CR is for the short range model, HS for the short and middle
-/// range model.
+/// Where sensors differ, this one does as follows. A new MD or MS replaces the running one; all
+/// other commands are answered between its records; the laser goes off when a counted one has
+/// ended. In adjust mode every command but TM gets 0A, and the laser stays off when the mode ends.
+/// A first step below AMIN is measured, a last step above AMAX is refused. RS resets line and motor
+/// speed to those of power-on, RT leaves them. CR is for the short range model, HS for the short
+/// and middle range models.
 class cSimScip2 {
  public:
-  cSimScip2(const cSimSetting& sensorSetting, const cSimModel& sensorModel,
-            const cSimWorld& sensorWorld, cSimState& sensorState)
-      : setting(sensorSetting), model(sensorModel), world(sensorWorld), state(sensorState) {}
+  /// The arguments must outlive it.
+  cSimScip2(const cSimSetting& setting, const cSimModel& model, const cSimWorld& world,
+            cSimState& state)
+      : setting(setting), model(model), world(world), state(state) {}
 
-  /// The answer to a line that is not blank; with no bytes where the settings want silence.
-  cSimRecord answer(const std::string& line, const cSimMoment& moment);
-  /// The next record of the running task, which must be there.
+  /// The answer to a line that is not blank; its bytes are empty where the settings ask for
+  /// silence.
+  cSimRecord answer(const std::string& line, const cSimClock& clock);
+  /// The next record of the running task; there must be one.
   cSimRecord makeScan(std::uint32_t number, std::uint32_t stamp);
   /// An answer of echo, status, body.
   static cSimRecord reply(const std::string& line, const std::string& status,
                           const std::string& body = "");
-  /// What a line gets that no command matches.
+  /// The answer to a line that is no command.
   cSimRecord refuse(const std::string& line, const std::string& status, eSimUnknown how) const;
 
  private:
-  struct cCall {  ///< a command taken apart
+  struct cCall {  ///< a command in its parts
     const std::string& line;
     std::string name;       ///< two letters
     std::string arguments;  ///< what follows them, up to the ";"
     std::string tail;       ///< from the ";" on
-    const cSimMoment& moment;
+    const cSimClock& clock;
   };
   struct cCommand;  ///< a row of the table of commands
   static const cCommand* find(const std::string& name);
@@ -56,7 +58,7 @@ class cSimScip2 {
 
   std::string rangeError(const std::string& text) const;
   std::string scanBody(const cSimTask& task, std::uint32_t number, std::uint32_t stamp) const;
-  std::string remarked(const std::string& key, const std::string& value) const;
+  std::string withRemark(const std::string& key, const std::string& value) const;
   double rate() const;
 
   const cSimSetting& setting;

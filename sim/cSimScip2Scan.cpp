@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int MS_MOST = 4095;
+constexpr int MAX_MS_READING = 4095;  // two characters of six bits
 
 std::string twoDigits(int value) {
   const char digits[] = {static_cast<char>('0' + value / 10), static_cast<char>('0' + value % 10)};
@@ -33,10 +33,13 @@ std::string cSimScip2::rangeError(const std::string& text) const {
   return last < std::stoi(text.substr(0, 4)) ? "05" : "";
 }
 
+// Statuses in the order of the parameters, then those of their values: 06 and 07 come before 04 and
+// 05, although the range stands in front.
 cSimRecord cSimScip2::measure(const cCall& call) {
   const std::string& text = call.arguments;
-  std::string error = rangeError(text);
-  if (error < "04" && !error.empty()) return reply(call.line, error);
+  const std::string error = rangeError(text);
+  const bool isNotNumeric = !error.empty() && error < "04";
+  if (isNotNumeric) return reply(call.line, error);
   if (!cSimText::isDigit(text[10])) return reply(call.line, "06");
   if (!cSimText::isNumber(text.substr(11, 2))) return reply(call.line, "07");
   if (!error.empty()) return reply(call.line, error);
@@ -45,8 +48,9 @@ cSimRecord cSimScip2::measure(const cCall& call) {
   task.head = call.name + text.substr(0, 11);
   task.tail = call.tail;
   task.interval = text[10] - '0';
-  task.left = std::stoi(text.substr(11, 2));
-  task.endless = task.left == 0;
+  task.remaining = std::stoi(text.substr(11, 2));
+  task.endless = task.remaining == 0;
+  // MD and MS switch the laser on by themselves, and the new task replaces a running one.
   state.task = task;
   state.laser = true;
   cSimRecord record = reply(call.line, "00");
@@ -57,31 +61,35 @@ cSimRecord cSimScip2::measure(const cCall& call) {
 cSimRecord cSimScip2::stored(const cCall& call) {
   const std::string error = rangeError(call.arguments);
   if (!error.empty()) return reply(call.line, error);
+  // Unlike MD, a GD needs a BM before it.
   if (!state.laser) return reply(call.line, "10");
-  const cSimMoment& moment = call.moment;
+  const cSimClock& clock = call.clock;
   cSimRecord record =
       reply(call.line, "00",
-            scanBody(taskOf(call.name, call.arguments), moment.lastScan, moment.lastStamp));
-  record.scan = moment.lastScan;
+            scanBody(taskOf(call.name, call.arguments), clock.lastScan, clock.lastStamp));
+  record.scan = clock.lastScan;
   return record;
 }
 
+// The time stamp is 24 bits of milliseconds and wraps around after 4 h 39 min.
 std::string cSimScip2::scanBody(const cSimTask& task, std::uint32_t number,
                                 std::uint32_t stamp) const {
   const auto readings =
-      world.scan(number, task.first, task.last, task.cluster, task.wide ? INT_MAX : MS_MOST);
-  return cSimCode::summed(cSimCode::number(stamp & 0xFFFFFF, 4)) +
-         cSimCode::lines(cSimCode::numbers(readings, task.wide ? 3 : 2), true);
+      world.scan(number, task.first, task.last, task.cluster, task.wide ? INT_MAX : MAX_MS_READING);
+  return cSimCode::withSum(cSimCode::encode(stamp & 0xFFFFFF, 4)) +
+         cSimCode::dataLines(cSimCode::encode(readings, task.wide ? 3 : 2), true);
 }
 
+// The echo's last two digits count the scans still to come, so they are new in each record; in an
+// endless scan they stay 00.
 cSimRecord cSimScip2::makeScan(std::uint32_t number, std::uint32_t stamp) {
   cSimTask& task = *state.task;
-  if (!task.endless) --task.left;
+  if (!task.endless) --task.remaining;
   cSimRecord record =
-      reply(task.head + twoDigits(task.left) + task.tail, "99", scanBody(task, number, stamp));
+      reply(task.head + twoDigits(task.remaining) + task.tail, "99", scanBody(task, number, stamp));
   record.scan = number;
   record.running = true;
-  if (!task.endless && task.left == 0) {
+  if (!task.endless && task.remaining == 0) {
     state.task.reset();
     state.laser = false;
   }

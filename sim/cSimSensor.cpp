@@ -10,8 +10,9 @@
 namespace {
 
 double checkedRate(const cSimSetting& setting) {
+  // Negated, so that NaN is refused as well.
   if (!(setting.rate >= 0 && setting.rate <= 1000))
-    throwSimError("a sensor turns up to 1000 times a second, not " + std::to_string(setting.rate),
+    throwSimError("the rate is 0 to 1000 scans per second, not " + std::to_string(setting.rate),
                   EINVAL);
   return setting.rate > 0 ? setting.rate : cSimModel::of(setting.model).rate();
 }
@@ -25,17 +26,18 @@ int defaultOf(eSimFault fault) {
 
 }  // namespace
 
-class cSimSensor::cBody {
+class cSimSensor::cImpl {
  public:
-  explicit cBody(const cSimSetting& sensorSetting)
-      : setting(sensorSetting),
+  explicit cImpl(const cSimSetting& setting)
+      : setting(setting),
         model(cSimModel::of(setting.model)),
         world(model, checkedRate(setting), setting.seed) {
     plug();
   }
 
   void plug() {
-    std::lock_guard<std::mutex> onePlug(plugging);
+    std::lock_guard<std::mutex> plugLock(plugMutex);
+    // Only plug and unplug change the worker, so plugMutex is enough to look at it here.
     if (worker) return;
     auto fresh = std::make_unique<cSimWorker>(setting, model, world, faults, log);
     path = fresh->getPath();
@@ -43,19 +45,20 @@ class cSimSensor::cBody {
     worker = std::move(fresh);
   }
 
-  /// The lock is not held while the worker ends: its thread may be in a call that wants it.
   void unplug() {
-    std::lock_guard<std::mutex> onePlug(plugging);
+    std::lock_guard<std::mutex> plugLock(plugMutex);
+    // Declared before the lock and so destroyed after it: the worker's thread may be in
+    // onCommand, in an operation that takes the lock, and the destructor joins that thread.
     std::unique_ptr<cSimWorker> old;
     std::lock_guard<std::mutex> lock(mutex);
     old.swap(worker);
   }
 
-  /// What the worker says to a question, or what is so while there is none.
-  template <class tResult, class tQuestion>
-  tResult ask(tResult unplugged, tQuestion question) {
+  /// The worker's value; `unplugged` while there is no worker.
+  template <class tResult, class tGetter>
+  tResult query(tResult unplugged, tGetter getter) {
     std::lock_guard<std::mutex> lock(mutex);
-    return worker ? question(*worker) : unplugged;
+    return worker ? getter(*worker) : unplugged;
   }
 
   void wake() {
@@ -69,66 +72,67 @@ class cSimSensor::cBody {
   cSimFaults faults;
   cSimLog log;
   std::string path;
-  std::mutex plugging;  ///< one plug or unplug at a time
-  std::mutex mutex;     ///< guards worker
+  std::mutex plugMutex;  ///< one plug or unplug at a time; taken before mutex
+  std::mutex mutex;      ///< guards worker
   std::unique_ptr<cSimWorker> worker;
 };
 
-cSimSensor::cSimSensor(const cSimSetting& setting) : body(std::make_unique<cBody>(setting)) {}
-cSimSensor::~cSimSensor() { body->unplug(); }
+cSimSensor::cSimSensor(const cSimSetting& setting) : impl(std::make_unique<cImpl>(setting)) {}
+cSimSensor::~cSimSensor() { impl->unplug(); }
 
-const std::string& cSimSensor::getPath() const { return body->path; }
-cSimSetting cSimSensor::getSetting() const { return body->setting; }
+const std::string& cSimSensor::getPath() const { return impl->path; }
+cSimSetting cSimSensor::getSetting() const { return impl->setting; }
 
 int cSimSensor::getSpeed() const {
-  return body->ask(body->setting.speed, [](const cSimWorker& worker) { return worker.getSpeed(); });
+  return impl->query(impl->setting.speed,
+                     [](const cSimWorker& worker) { return worker.getSpeed(); });
 }
 
 bool cSimSensor::isScanning() const {
-  return body->ask(false, [](const cSimWorker& worker) { return worker.isScanning(); });
+  return impl->query(false, [](const cSimWorker& worker) { return worker.isScanning(); });
 }
 
-void cSimSensor::setFault(eSimFault fault, int value, const std::string& only, int times) {
+void cSimSensor::setFault(eSimFault fault, int value, const std::string& target, int times) {
   if (fault == eSimFault::UNPLUGGED) return unplug();
-  body->faults.set(fault, value == DEFAULT_VALUE ? defaultOf(fault) : value, only, times);
-  body->wake();
+  impl->faults.set(fault, value == DEFAULT_VALUE ? defaultOf(fault) : value, target, times);
+  impl->wake();
 }
 
 void cSimSensor::clearFault(eSimFault fault) {
   if (fault == eSimFault::UNPLUGGED) return plug();
-  body->faults.clear(fault);
-  body->wake();
+  impl->faults.clear(fault);
+  impl->wake();
 }
 
 void cSimSensor::clearFaults() {
-  body->faults.clearAll();
+  impl->faults.clearAll();
   plug();
-  body->wake();
+  impl->wake();
 }
 
-void cSimSensor::say(const std::string& bytes) {
-  std::lock_guard<std::mutex> lock(body->mutex);
-  if (body->worker) body->worker->say(bytes);
+void cSimSensor::inject(const std::string& bytes) {
+  std::lock_guard<std::mutex> lock(impl->mutex);
+  if (impl->worker) impl->worker->inject(bytes);
 }
 
-void cSimSensor::unplug() { body->unplug(); }
-void cSimSensor::plug() { body->plug(); }
+void cSimSensor::unplug() { impl->unplug(); }
+void cSimSensor::plug() { impl->plug(); }
 
 std::vector<int> cSimSensor::getTrueDistances(std::uint32_t scanNumber, int first, int last,
-                                              int cluster, int most) const {
-  return body->world.scan(scanNumber, first, last, cluster, most);
+                                              int cluster, int maxReading) const {
+  return impl->world.scan(scanNumber, first, last, cluster, maxReading);
 }
 
-std::vector<std::uint32_t> cSimSensor::getSentScans() const { return body->log.getSentScans(); }
-std::vector<std::string> cSimSensor::getCommands() const { return body->log.getCommands(); }
-cSimCounters cSimSensor::getCounters() const { return body->log.getCounters(); }
+std::vector<std::uint32_t> cSimSensor::getSentScans() const { return impl->log.getSentScans(); }
+std::vector<std::string> cSimSensor::getCommands() const { return impl->log.getCommands(); }
+cSimCounters cSimSensor::getCounters() const { return impl->log.getCounters(); }
 
 bool cSimSensor::waitFor(std::uint64_t cSimCounters::*counter, std::uint64_t count,
                          cTimeOut timeOut) const {
-  return body->log.waitFor(counter, count, timeOut);
+  return impl->log.waitFor(counter, count, timeOut);
 }
 
 bool cSimSensor::waitForCommand(const std::string& prefix, cTimeOut timeOut,
                                 std::size_t count) const {
-  return body->log.waitForCommand(prefix, count, timeOut);
+  return impl->log.waitForCommand(prefix, count, timeOut);
 }

@@ -10,28 +10,28 @@
 #include "sim/cSimSetting.h"
 #include "sim/eSimFault.h"
 
-/// What a simulated sensor has counted since it was made.
+/// What a simulated sensor has counted since it was constructed.
 struct cSimCounters {
-  std::uint64_t bytesHeard = 0;      ///< bytes taken from the host, garbled ones too
-  std::uint64_t bytesWritten = 0;    ///< bytes given to the host, garbled ones too
-  std::uint64_t commands = 0;        ///< command lines heard that were not blank
-  std::uint64_t records = 0;         ///< records completely written, damaged ones too
-  std::uint64_t scans = 0;           ///< scans among them that were not cut short
-  std::uint64_t skippedScans = 0;    ///< scans skipped: the line or the reader was too slow
-  std::uint64_t droppedAnswers = 0;  ///< answers dropped: a stall, or over 1 MiB waiting to leave
+  std::uint64_t bytesReceived = 0;   ///< bytes read from the host, including garbled ones
+  std::uint64_t bytesWritten = 0;    ///< bytes written to the host, including garbled ones
+  std::uint64_t commands = 0;        ///< command lines received, blank ones not counted
+  std::uint64_t records = 0;         ///< records completely written, including corrupted ones
+  std::uint64_t scans = 0;           ///< scans among them that no fault cut short
+  std::uint64_t skippedScans = 0;    ///< scans not sent: the line or the reader was too slow
+  std::uint64_t droppedAnswers = 0;  ///< answers not sent: a stall, or more than 1 MiB in the queue
 };
 
 /// A sensor on a pseudo-terminal that a driver cannot tell from a real one. It answers from a
-/// thread of its own from construction to destruction; several live in one process.
+/// thread of its own from construction to destruction; one process can hold several.
 ///
 /// Threads: any thread may call any operation, except that plug, unplug, clearFaults and the
-/// destructor must not be called from cSimSetting::onCommand, and the reference that getPath
-/// returns is good until the next plug().
+/// destructor must not be called from cSimSetting::onCommand. The reference that getPath returns
+/// is valid until the next plug().
 class cSimSensor {
  public:
-  /// Opens a pty (raw, no echo) and begins to listen. Throws std::system_error when no pty is to
-  /// be had, the line speed, rate or left command is impossible, or the link cannot be made;
-  /// nothing is left behind then.
+  /// Opens a pty (raw, no echo) and starts listening. Throws std::system_error when no pty is
+  /// available, when the line speed, the rate or the command at start is invalid, or when the link
+  /// cannot be created; nothing is left behind then.
   explicit cSimSensor(const cSimSetting& setting);
   ~cSimSensor();
   cSimSensor(const cSimSensor&) = delete;
@@ -39,63 +39,65 @@ class cSimSensor {
 
   /// The slave's path, such as /dev/pts/7; the last one while unplugged.
   const std::string& getPath() const;
-  /// The line speed that the sensor is at now (SS and S change it); 0: any.
+  /// The sensor's present line speed (SS and S change it); 0: any.
   int getSpeed() const;
-  /// Whether a MD or MS is running.
+  /// Whether an MD or MS is running.
   bool isScanning() const;
   cSimSetting getSetting() const;
 
-  /// The fault's own default value (see simFaultTable).
+  /// Stands for the fault's own default value (see simFaultTable).
   static constexpr int DEFAULT_VALUE = INT_MIN;
-  /// Switches a fault on, or on again with other arguments; it holds from the next record.
-  /// @param only  which records it harms: "" all; "scan" those of a running MD or MS; "answer"
-  ///              all others; anything else those whose bytes begin with it, such as "VV"
-  /// @param times it ends after harming so many records; 0: it holds until it is cleared
-  void setFault(eSimFault fault, int value = DEFAULT_VALUE, const std::string& only = "",
+  /// Switches a fault on, or changes its arguments if it is on; takes effect with the next record.
+  /// @param target  the records that it affects: "" all; "scan" those of a running MD or MS;
+  ///                "answer" all others; anything else those that begin with it, such as "VV"
+  /// @param times   it ends after affecting this many records; 0: it stays until it is cleared
+  void setFault(eSimFault fault, int value = DEFAULT_VALUE, const std::string& target = "",
                 int times = 0);
   void clearFault(eSimFault fault);
-  /// Clears every fault; a sensor that was unplugged is plugged in again.
+  /// Clears every fault; plugs an unplugged sensor in again.
   void clearFaults();
 
-  /// Says these bytes to the host between two records, as they are (only timing faults touch them).
-  void say(const std::string& bytes);
+  /// Sends these bytes to the host between two records, unchanged (only timing faults apply).
+  /// Does nothing while unplugged.
+  void inject(const std::string& bytes);
 
-  /// Pulls the cable: the master closes, the host reads end-of-file or EIO, the link goes. Returns
-  /// when it is done. Nothing happens when unplugged already.
+  /// Pulls the cable: closes the master, so that the host reads end-of-file or EIO, and removes
+  /// the link. Returns when that is done. Does nothing while unplugged.
   void unplug();
-  /// Plugs the cable in again: a new pty (its path may differ), the link on it, the sensor as after
-  /// power-on (the world goes on from scan 1). Nothing happens when plugged in. Throws like the
-  /// constructor, and stays unplugged then.
+  /// Plugs the cable in again: a new pty (its path may differ), a new link to it, the sensor as
+  /// after power-on (its scans start again at 1). Does nothing while plugged in. Throws like the
+  /// constructor and then stays unplugged.
   void plug();
 
-  /// What the sensor measures in that turn, from step first to step last, 0 <= first <= last <
-  /// steps per turn (else std::out_of_range): millimetres, or error values (0-19; 1-5 on the long
-  /// range model). With a cluster above 1 one value for each group, the last one maybe partial: the
-  /// smallest valid reading, or the smallest error value where none is valid.
-  /// @param most  readings above it say it: 4095 for MS, GS and the two-character G
+  /// What the sensor measures in that turn from step first to step last, 0 <= first <= last <
+  /// steps per turn (otherwise std::out_of_range): millimetres, or error values (0-19; 1-5 on the
+  /// long range model). With a cluster above 1, one value per group of steps; the last group may be
+  /// partial. A group's value is its smallest valid reading, or its smallest error value if no
+  /// reading is valid.
+  /// @param maxReading  larger readings are reported as this: 4095 for MS, GS, two-character G
   std::vector<int> getTrueDistances(std::uint32_t scanNumber, int first, int last, int cluster,
-                                    int most = INT_MAX) const;
+                                    int maxReading = INT_MAX) const;
 
   /// The numbers of the scans completely written (MD, MS, GD, GS and G alike), oldest first; the
-  /// newest 65536 of them. Scans cut short by a fault are not in it. Number n ends n turns after
-  /// power-on, and its time stamp says so in milliseconds.
+  /// newest 65536 of them. Scans that a fault cut short are not included. Scan n ends n turns after
+  /// power-on, and its time stamp is that moment in milliseconds.
   std::vector<std::uint32_t> getSentScans() const;
-  /// The command lines heard that were not blank, oldest first; the newest 65536 of them.
+  /// The command lines received, blank ones left out, oldest first; the newest 65536 of them.
   std::vector<std::string> getCommands() const;
   cSimCounters getCounters() const;
 
   using cTimeOut = std::chrono::milliseconds;
-  /// Each waits until its condition holds, at most so long; returns whether it holds. The counters
-  /// run from the sensor's making: waitFor(&cSimCounters::skippedScans, 3,
+  /// Each of these waits until its condition holds or the time is over, and returns whether it
+  /// holds. Counters count from construction: waitFor(&cSimCounters::skippedScans, 3,
   /// std::chrono::seconds(5)).
   bool waitFor(std::uint64_t cSimCounters::*counter, std::uint64_t count, cTimeOut timeOut) const;
   bool waitForSentScans(std::uint64_t count, cTimeOut timeOut) const {
     return waitFor(&cSimCounters::scans, count, timeOut);
   }
-  /// A command line that begins with prefix was heard `count` times (among the newest 65536).
+  /// Waits for `count` command lines that begin with prefix (among the newest 65536).
   bool waitForCommand(const std::string& prefix, cTimeOut timeOut, std::size_t count = 1) const;
 
  private:
-  class cBody;
-  std::unique_ptr<cBody> body;
+  class cImpl;
+  std::unique_ptr<cImpl> impl;
 };

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// What a command's characters are, whatever the locale.
+/// Classifies a command's characters, in any locale.
 class cSimText {
  public:
   static bool isDigit(char c) { return c >= '0' && c <= '9'; }

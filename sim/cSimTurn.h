@@ -3,31 +3,30 @@
 #include <chrono>
 #include <cstdint>
 
-/// The turning mirror: which turn ends when. Turn n ends n turns after power-on; there is no
-/// drift, since each end is reckoned from the last change of rate and not from the turn before.
+/// The turning mirror: which turn ends when. Turn n ends n turns after power-on. The turns do not
+/// drift: each end is computed from the last change of rate, not from the end before it.
 class cSimTurn {
  public:
   using cClock = std::chrono::steady_clock;
-  using cMoment = cClock::time_point;
+  using cTimePoint = cClock::time_point;
 
-  cSimTurn(cMoment powerOn, double rate) : start(powerOn), origin(powerOn), perSecond(rate) {}
+  cSimTurn(cTimePoint powerOn, double rate) : powerOn(powerOn), origin(powerOn), rate(rate) {}
 
-  /// Turns that have ended by then.
-  std::uint32_t endedAt(cMoment when) const;
+  /// How many turns have ended at that time.
+  std::uint32_t endedAt(cTimePoint when) const;
   /// When that turn ends.
-  cMoment endOf(std::uint32_t turn) const;
-  /// Milliseconds from power-on to the end of that turn, as the sensor's time stamp.
+  cTimePoint endOf(std::uint32_t turn) const;
+  /// Milliseconds from power-on to the end of that turn: the time stamp of its scan.
   std::uint32_t stampOf(std::uint32_t turn) const;
-  /// Milliseconds from power-on to then.
-  std::uint32_t stampAt(cMoment when) const;
+  /// Milliseconds from power-on to that time.
+  std::uint32_t stampAt(cTimePoint when) const;
 
-  double getRate() const { return perSecond; }
-  /// Goes on at another rate from the last turn that has ended by then.
-  void setRate(double rate, cMoment when);
+  /// Continues at another rate, from the end of the last turn that has ended at that time.
+  void setRate(double newRate, cTimePoint when);
 
  private:
-  cMoment start;
-  cMoment origin;
-  std::uint32_t originTurn = 0;
-  double perSecond;
+  cTimePoint powerOn;
+  cTimePoint origin;             ///< the end of originTurn, when the rate last changed
+  std::uint32_t originTurn = 0;  ///< 0: power-on
+  double rate;                   ///< turns a second
 };

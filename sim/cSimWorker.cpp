@@ -13,15 +13,15 @@
 
 namespace {
 
-constexpr std::size_t WAITING_MOST = 1 << 20;  // bytes of answers to a host that does not read
+constexpr std::size_t MAX_WAITING = 1 << 20;  // bytes of answers to a host that does not read
 
-// A host's tcflush makes room in the pty without waking its master, so a full one is looked at
-// again and again.
-constexpr auto ROOM_AGAIN = std::chrono::milliseconds(20);
+// poll(2) on the master does not report the room that a host's tcflush makes, so a full pty is
+// tried again at this interval.
+constexpr auto FULL_PTY_RETRY = std::chrono::milliseconds(20);
 
 int openEvent() {
   const int fd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  if (fd < 0) throwSimError("no descriptor for waking the thread (eventfd)");
+  if (fd < 0) throwSimError("no descriptor available for waking the thread (eventfd)");
   return fd;
 }
 
@@ -29,7 +29,8 @@ double rateOf(const cSimSetting& setting, const cSimModel& model) {
   return setting.rate > 0 ? setting.rate : model.rate();
 }
 
-/// Runs a function in a thread that no signal of the host program ever interrupts.
+/// Runs a function in a thread with all signals blocked, so that the handlers of the program that
+/// holds the sensor run in that program's threads. A thread inherits the mask of its creator.
 template <class tFunction>
 std::thread startThread(tFunction function) {
   sigset_t all, before;
@@ -47,22 +48,24 @@ std::thread startThread(tFunction function) {
 
 }  // namespace
 
-cSimWorker::cSimWorker(const cSimSetting& sensorSetting, const cSimModel& sensorModel,
-                       const cSimWorld& sensorWorld, cSimFaults& sensorFaults, cSimLog& sensorLog)
-    : setting(sensorSetting),
-      faults(sensorFaults),
-      log(sensorLog),
+cSimWorker::cSimWorker(const cSimSetting& setting, const cSimModel& model, const cSimWorld& world,
+                       cSimFaults& faults, cSimLog& log)
+    : setting(setting),
+      faults(faults),
+      log(log),
       line(setting, setting.seed),
       link(setting.link, line.getPty().getPath()),
       event(openEvent()),
-      protocol(setting, sensorModel, sensorWorld),
-      damage(sensorFaults, setting.seed + std::uint64_t(1)),
-      outbox(sensorFaults),
-      turns(cSimTurn::cClock::now(), rateOf(setting, sensorModel)),
+      protocol(setting, model, world),
+      // Another seed than the line's, or garbage and damage would draw the same numbers.
+      damage(faults, setting.seed + std::uint64_t(1)),
+      outbox(faults),
+      turns(cSimTurn::cClock::now(), rateOf(setting, model)),
       speed(setting.speed) {
   const bool scans = setting.scanningAtStart && setting.dialect != eSimDialect::SCIP1;
   if (scans && protocol.getTask() == nullptr)
-    throwSimError("\"" + setting.leftCommand + "\" is no MD or MS that this model takes", EINVAL);
+    throwSimError("\"" + setting.commandAtStart + "\" is not an MD or MS that this model accepts",
+                  EINVAL);
   outbox.setSpeed(setting.paced ? setting.speed : 0);
   thread = startThread([this] { run(); });
 }
@@ -79,62 +82,67 @@ void cSimWorker::wake() {
   if (write(event.get(), &one, sizeof one) < 0 && errno != EAGAIN) std::terminate();
 }
 
-void cSimWorker::drainWakeUp() {
+void cSimWorker::clearWakeUp() {
   std::uint64_t count = 0;
   while (read(event.get(), &count, sizeof count) > 0) {
   }
 }
 
-void cSimWorker::say(const std::string& bytes) {
+void cSimWorker::inject(const std::string& bytes) {
   {
     std::lock_guard<std::mutex> lock(mutex);
-    said.push_back(bytes);
+    injected.push_back(bytes);
   }
   wake();
 }
 
+// One round takes all that is due and never waits but in sleep. Commands come before the task, so
+// that a QT stops the scan of its own round, and all rounds see one `now`.
 void cSimWorker::run() {
   while (!stopping) {
-    const cMoment now = cSimTurn::cClock::now();
-    takeSaid(now);
-    hear(now);
-    followTask(now);
-    pump(now);
+    const cTimePoint now = cSimTurn::cClock::now();
+    queueInjected(now);
+    receive(now);
+    runTask(now);
+    transmit(now);
     sleep(now);
   }
 }
 
-std::optional<cSimWorker::cMoment> cSimWorker::wakeAt(cMoment now) const {
+std::optional<cSimWorker::cTimePoint> cSimWorker::nextWakeUp(cTimePoint now) const {
+  // Stalled, only the turns of a running scan count on: they are skipped one by one. What waits in
+  // the outbox is due already and would keep the thread awake.
   if (isStalled())
     return setting.paced && nextScan != 0 ? std::optional(turns.endOf(nextScan)) : std::nullopt;
-  std::optional<cMoment> when;
-  const auto also = [&](cMoment moment) { when = std::min(when.value_or(moment), moment); };
-  if (!outbox.isEmpty()) also(blocked ? now + ROOM_AGAIN : outbox.nextAt());
-  if (nextScan != 0 && setting.paced) also(turns.endOf(nextScan));
-  if (nextScan != 0 && !setting.paced && outbox.isEmpty()) also(quietUntil);
-  return when;
+  std::optional<cTimePoint> earliest;
+  const auto add = [&](cTimePoint when) { earliest = std::min(earliest.value_or(when), when); };
+  if (!outbox.isEmpty()) add(blocked ? now + FULL_PTY_RETRY : outbox.nextDue());
+  if (nextScan != 0 && setting.paced) add(turns.endOf(nextScan));
+  if (nextScan != 0 && !setting.paced && outbox.isEmpty()) add(quietUntil);
+  return earliest;
 }
 
-void cSimWorker::sleep(cMoment now) {
+void cSimWorker::sleep(cTimePoint now) {
   const short room = blocked && !isStalled() ? POLLOUT : 0;
   pollfd watched[] = {{line.getPty().getMaster(), static_cast<short>(POLLIN | room), 0},
                       {event.get(), POLLIN, 0}};
-  timespec span{};
-  const auto when = wakeAt(now);
+  // ppoll(2) and not poll: at 500000 bits/s a millisecond is 50 bytes.
+  timespec timeout{};
+  const auto when = nextWakeUp(now);
   if (when) {
-    const auto left = std::max(*when - cSimTurn::cClock::now(), cSimOutbox::cSpan(0));
-    span.tv_sec = static_cast<time_t>(left.count() / 1000000000);
-    span.tv_nsec = static_cast<long>(left.count() % 1000000000);
+    const auto left = std::max(*when - cSimTurn::cClock::now(), cSimOutbox::cDuration(0));
+    timeout.tv_sec = static_cast<time_t>(left.count() / 1000000000);
+    timeout.tv_nsec = static_cast<long>(left.count() % 1000000000);
   }
-  if (ppoll(watched, 2, when ? &span : nullptr, nullptr) > 0 && watched[1].revents != 0)
-    drainWakeUp();
+  if (ppoll(watched, 2, when ? &timeout : nullptr, nullptr) > 0 && watched[1].revents != 0)
+    clearWakeUp();
 }
 
-void cSimWorker::takeSaid(cMoment now) {
+void cSimWorker::queueInjected(cTimePoint now) {
   std::vector<std::string> bytes;
   {
     std::lock_guard<std::mutex> lock(mutex);
-    bytes.swap(said);
+    bytes.swap(injected);
   }
   for (std::string& text : bytes) {
     cSimRecord record;
@@ -143,44 +151,47 @@ void cSimWorker::takeSaid(cMoment now) {
   }
 }
 
-void cSimWorker::hear(cMoment now) {
-  const std::string bytes = line.hear();
+void cSimWorker::receive(cTimePoint now) {
+  const std::string bytes = line.receive();
   if (bytes.empty()) return;
-  log.heard(bytes.size());
+  log.addReceived(bytes.size());
   for (char byte : bytes) {
-    const auto command = protocol.hear(byte);
+    const auto command = protocol.receive(byte);
     if (command) answer(*command, now);
   }
 }
 
-cSimMoment cSimWorker::momentAt(cMoment now) const {
+// Unpaced there is no real time: the clock stands at the newest turn whose scan was sent, and a GD
+// or GS gets the turn after it, so that no number is sent twice.
+cSimClock cSimWorker::clockAt(cTimePoint now) const {
   const std::uint32_t ended = getTurn(now);
-  cSimMoment moment;
-  moment.stamp = setting.paced ? turns.stampAt(now) : turns.stampOf(turn);
-  moment.nextScan = std::max(ended, turn) + 1;
-  moment.lastScan = setting.paced ? ended : moment.nextScan;
-  moment.lastStamp = turns.stampOf(moment.lastScan);
-  moment.nextStamp = turns.stampOf(moment.nextScan);
-  return moment;
+  cSimClock clock;
+  clock.stamp = setting.paced ? turns.stampAt(now) : turns.stampOf(turn);
+  // Paced, a G takes the turn under way and waits for its end: the next G may come before that.
+  clock.nextScan = std::max(ended, turn) + 1;
+  clock.lastScan = setting.paced ? ended : clock.nextScan;
+  clock.lastStamp = turns.stampOf(clock.lastScan);
+  return clock;
 }
 
-void cSimWorker::answer(const cSimCommand& command, cMoment now) {
+void cSimWorker::answer(const cSimCommand& command, cTimePoint now) {
   if (!command.text.empty()) {
-    log.heardCommand(command.text);
+    log.addCommand(command.text);
     if (setting.onCommand) setting.onCommand(command.text);
   }
-  cSimRecord record = protocol.answer(command, momentAt(now));
+  cSimRecord record = protocol.answer(command, clockAt(now));
+  // These apply whatever a fault makes of the answer; a new line speed waits until it was sent.
   if (record.newRate) turns.setRate(*record.newRate, now);
   if (record.starts) nextScan = getTurn(now) + 1;
   if (record.scan) turn = *record.scan;
-  if (!record.bytes.empty()) send(std::move(record), now);
+  if (!record.bytes.empty()) queue(std::move(record), now);
 }
 
-void cSimWorker::followTask(cMoment now) {
+void cSimWorker::runTask(cTimePoint now) {
   scanning = protocol.getTask() != nullptr;
   if (!scanning)
     nextScan = 0;
-  else if (nextScan == 0)
+  else if (nextScan == 0)  // a task that runs from the start: no answer has begun it
     nextScan = getTurn(now) + 1;
   if (nextScan == 0) return;
   if (setting.paced)
@@ -189,69 +200,73 @@ void cSimWorker::followTask(cMoment now) {
     scanUnpaced(now);
 }
 
-void cSimWorker::scanPaced(cMoment now) {
+// Sends the newest scan that is due, or none while an older one is still being sent, as a sensor
+// does that has one buffer: a host that reads slowly gets whole scans with gaps in between.
+void cSimWorker::scanPaced(cTimePoint now) {
   const std::uint32_t newest = turns.endedAt(now);
   if (nextScan > newest) return;
   const auto every = static_cast<std::uint32_t>(protocol.getTask()->interval) + 1;
   const std::uint32_t missed = (newest - nextScan) / every;
   const std::uint32_t number = nextScan + missed * every;
   const bool busy = outbox.hasRunningScan();
-  if (missed > 0 || busy) log.skippedScans(missed + (busy ? 1 : 0));
+  if (missed > 0 || busy) log.addSkippedScans(missed + (busy ? 1 : 0));
   nextScan = number + every;
-  if (!busy) sendScan(number, now);
+  if (!busy) queueScan(number, now);
 }
 
-void cSimWorker::scanUnpaced(cMoment now) {
+void cSimWorker::scanUnpaced(cTimePoint now) {
   if (!outbox.isEmpty() || isStalled() || now < quietUntil) return;
   turn = std::max(nextScan, turn + 1);
   nextScan = turn + static_cast<std::uint32_t>(protocol.getTask()->interval) + 1;
-  sendScan(turn, now);
+  queueScan(turn, now);
   if (!outbox.isEmpty()) return;
+  // A fault left nothing to send. Without a pause scans would be made and dropped in a busy loop.
   quietUntil = now + (turns.endOf(turn + 1) - turns.endOf(turn));
 }
 
-void cSimWorker::sendScan(std::uint32_t number, cMoment now) {
-  send(protocol.makeScan(number, turns.stampOf(number)), now);
+void cSimWorker::queueScan(std::uint32_t number, cTimePoint now) {
+  queue(protocol.makeScan(number, turns.stampOf(number)), now);
 }
 
-void cSimWorker::send(cSimRecord record, cMoment now) {
-  const bool dropped = isStalled() || outbox.getWaiting() > WAITING_MOST;
+// A record that is dropped or emptied still changes the line speed, since its command was obeyed.
+void cSimWorker::queue(cSimRecord record, cTimePoint now) {
+  const bool dropped = isStalled() || outbox.countWaiting() > MAX_WAITING;
   if (dropped && record.running)
-    log.skippedScans(1);
+    log.addSkippedScans(1);
   else if (dropped)
-    log.droppedAnswer();
-  if (dropped || faults.take(eSimFault::NO_ANSWER, record)) return finish(record);
+    log.addDroppedAnswer();
+  if (dropped || faults.consume(eSimFault::NO_ANSWER, record)) return applyNewSpeed(record);
 
-  cMoment earliest = now;
+  cTimePoint earliest = now;
   if (setting.paced && record.scan) earliest = std::max(earliest, turns.endOf(*record.scan));
-  if (const auto late = faults.take(eSimFault::LATE, record))
+  if (const auto late = faults.consume(eSimFault::LATE, record))
     earliest += std::chrono::milliseconds(std::max(*late, 0));
   damage.apply(record);
   if (record.bytes.empty())
-    finish(record);
+    applyNewSpeed(record);
   else
     outbox.push(std::move(record), earliest);
 }
 
-void cSimWorker::pump(cMoment now) {
+void cSimWorker::transmit(cTimePoint now) {
   blocked = false;
   while (!isStalled() && !blocked) {
-    const std::size_t due = outbox.due(now);
+    const std::size_t due = outbox.countDue(now);
     if (due == 0) break;
-    const std::size_t count = line.say(outbox.front(), due, outbox.atRecordBegin());
+    const std::size_t count = line.send(outbox.data(), due, outbox.isAtRecordStart());
     blocked = count < due;
-    log.wrote(count);
-    if (!outbox.sent(count, now)) continue;
-    const cSimRecord record = outbox.take();
-    log.ended(record);
-    finish(record);
+    log.addWritten(count);
+    if (!outbox.markSent(count, now)) continue;
+    const cSimRecord record = outbox.pop();
+    log.addRecord(record);
+    applyNewSpeed(record);
   }
-  if (outbox.isEmpty()) protocol.allSaid();
+  if (outbox.isEmpty()) protocol.allSent();
 }
 
-void cSimWorker::finish(const cSimRecord& record) {
+void cSimWorker::applyNewSpeed(const cSimRecord& record) {
   if (!record.newSpeed) return;
   speed = *record.newSpeed;
   line.setSpeed(speed);
-  outbox.setSpeed(setting.paced ? *record.newSpeed : 0);
+  outbox.setSpeed(setting.paced ? speed.load() : 0);
 }

@@ -16,46 +16,46 @@
 #include "sim/cSimProtocol.h"
 #include "sim/cSimTurn.h"
 
-/// A sensor under power: from plug to unplug. Its thread hears, answers and scans; it sleeps until
-/// the host writes, bytes or a turn fall due, or somebody wakes it (an eventfd).
+/// A sensor under power: lives from plug to unplug. Its thread receives, answers and scans; it
+/// sleeps until the host writes, until bytes or a turn are due, or until wake() (an eventfd).
 class cSimWorker {
  public:
-  /// Opens pty and link and runs the thread. What it is given must outlive it. Throws
+  /// Opens pty and link and starts the thread. Its arguments must outlive it. Throws
   /// std::system_error.
-  cSimWorker(const cSimSetting& sensorSetting, const cSimModel& sensorModel,
-             const cSimWorld& sensorWorld, cSimFaults& sensorFaults, cSimLog& sensorLog);
-  /// Ends the thread, removes the link, hangs up.
+  cSimWorker(const cSimSetting& setting, const cSimModel& model, const cSimWorld& world,
+             cSimFaults& faults, cSimLog& log);
+  /// Ends the thread, removes the link, closes the pty.
   ~cSimWorker();
 
   // any thread
   const std::string& getPath() const { return line.getPty().getPath(); }
   int getSpeed() const { return speed; }
   bool isScanning() const { return scanning; }
-  void say(const std::string& bytes);
-  /// Lets the thread look again at faults and at what is to be said.
+  void inject(const std::string& bytes);
+  /// Makes the thread look again at the faults and at what is to be injected.
   void wake();
 
  private:
-  using cMoment = cSimTurn::cMoment;
+  using cTimePoint = cSimTurn::cTimePoint;
 
-  // the thread's own
+  // worker only
   void run();
-  void sleep(cMoment now);
-  std::optional<cMoment> wakeAt(cMoment now) const;
-  void drainWakeUp();
-  void takeSaid(cMoment now);
-  void hear(cMoment now);
-  void answer(const cSimCommand& command, cMoment now);
-  cSimMoment momentAt(cMoment now) const;
-  void followTask(cMoment now);
-  void scanPaced(cMoment now);
-  void scanUnpaced(cMoment now);
-  void sendScan(std::uint32_t number, cMoment now);
-  void send(cSimRecord record, cMoment now);
-  void pump(cMoment now);
-  void finish(const cSimRecord& record);
+  void sleep(cTimePoint now);
+  std::optional<cTimePoint> nextWakeUp(cTimePoint now) const;
+  void clearWakeUp();
+  void queueInjected(cTimePoint now);
+  void receive(cTimePoint now);
+  void answer(const cSimCommand& command, cTimePoint now);
+  cSimClock clockAt(cTimePoint now) const;
+  void runTask(cTimePoint now);
+  void scanPaced(cTimePoint now);
+  void scanUnpaced(cTimePoint now);
+  void queueScan(std::uint32_t number, cTimePoint now);
+  void queue(cSimRecord record, cTimePoint now);
+  void transmit(cTimePoint now);
+  void applyNewSpeed(const cSimRecord& record);
   bool isStalled() const { return faults.valueOf(eSimFault::STALL).has_value(); }
-  std::uint32_t getTurn(cMoment now) const { return setting.paced ? turns.endedAt(now) : turn; }
+  std::uint32_t getTurn(cTimePoint now) const { return setting.paced ? turns.endedAt(now) : turn; }
 
   const cSimSetting& setting;
   cSimFaults& faults;
@@ -67,15 +67,15 @@ class cSimWorker {
   cSimDamage damage;
   cSimOutbox outbox;
   cSimTurn turns;
-  std::uint32_t turn = 0;      ///< the turn whose scan an answer took, or went out unpaced
+  std::uint32_t turn = 0;      ///< newest turn whose scan was sent in an answer or unpaced
   std::uint32_t nextScan = 0;  ///< the turn whose scan a running task sends next; 0: none runs
-  cMoment quietUntil;          ///< no unpaced scan before: the last one was kept back by a fault
+  cTimePoint quietUntil;       ///< no unpaced scan before this: a fault swallowed the last one
   bool blocked = false;        ///< the pty has no room
 
   std::atomic<int> speed;
   std::atomic<bool> scanning{false};
   std::atomic<bool> stopping{false};
-  std::mutex mutex;  ///< guards said
-  std::vector<std::string> said;
+  std::mutex mutex;                   ///< guards injected
+  std::vector<std::string> injected;  ///< bytes to be queued by the thread
   std::thread thread;
 };

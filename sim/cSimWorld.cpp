@@ -13,8 +13,8 @@ struct cSegment {
   double x1, y1, x2, y2;
 };
 
-/// The room in millimetres, the sensor at 0/0 looking along x. A doorway ahead on the right leads
-/// into a corridor that only a long range sensor sees the end of; the window on the left is open.
+/// The room in millimetres, with the sensor at 0/0 facing along x. A doorway straight ahead leads
+/// into a corridor whose end only a long range sensor sees; the window on the left is open.
 const cSegment ROOM[] = {
     {3900, 500, 3900, 3100},     {3900, -2600, 3900, -600},    // front wall, doorway in it
     {3900, 500, 42000, 500},     {3900, -600, 42000, -600},    // corridor
@@ -32,49 +32,54 @@ const cSegment ROOM[] = {
     {-1100, -1700, -700, -1700},                               //
 };
 
-/// How far along the ray (dx, dy), of length 1, the segment is hit; infinity if it is not.
-double hit(double dx, double dy, const cSegment& wall) {
+/// The distance along the ray (dx, dy), of length 1, to the segment; infinity if it misses.
+double rangeTo(double dx, double dy, const cSegment& wall) {
   const double ex = wall.x2 - wall.x1;
   const double ey = wall.y2 - wall.y1;
   const double cross = dx * ey - dy * ex;
   const double far = std::numeric_limits<double>::infinity();
-  if (std::abs(cross) < 1e-9) return far;
+  if (std::abs(cross) < 1e-9) return far;  // parallel
   const double range = (wall.x1 * ey - wall.y1 * ex) / cross;
   const double part = (wall.x1 * dy - wall.y1 * dx) / cross;
   return range > 0 && part >= 0 && part <= 1 ? range : far;
 }
 
-double hitRoom(double dx, double dy) {
+double rangeToRoom(double dx, double dy) {
   double range = std::numeric_limits<double>::infinity();
-  for (const cSegment& wall : ROOM) range = std::min(range, hit(dx, dy, wall));
+  for (const cSegment& wall : ROOM) range = std::min(range, rangeTo(dx, dy, wall));
   return range;
 }
 
 constexpr double PI = 3.14159265358979323846;
-constexpr double NOISE = 8;           // mm, one deviation near by
-constexpr double NOISE_PART = 0.001;  // and what a millimetre of range adds to it
-constexpr std::uint64_t MISS = 400;   // one reading in so many sees nothing, as on dark cloth
+constexpr double NOISE = 8;                   // mm, the standard deviation at close range
+constexpr double NOISE_PER_MM = 0.001;        // what each millimetre of range adds to it
+constexpr std::uint64_t MISS_INTERVAL = 400;  // one reading in 400 sees nothing, as on dark cloth
+constexpr double LAP = 14;                    // seconds that the person takes, a walking pace
 
 }  // namespace
 
-cSimWorld::cSimWorld(const cSimModel& sensorModel, double scanRate, std::uint32_t worldSeed)
-    : model(sensorModel), rate(scanRate), seed(cSimRandom(worldSeed).next()) {
+// The seed is mixed once, since scan numbers are added to it: scan n + 1 of seed 1 would otherwise
+// be scan n of seed 2.
+cSimWorld::cSimWorld(const cSimModel& model, double rate, std::uint32_t seed)
+    : model(model), rate(rate), seed(cSimRandom(seed).next()) {
   rays.reserve(static_cast<std::size_t>(model.perTurn));
   for (int step = 0; step < model.perTurn; ++step) {
     const double angle = 2 * PI * (step - model.front) / model.perTurn;
     const double x = std::cos(angle);
     const double y = std::sin(angle);
-    rays.push_back({x, y, hitRoom(x, y)});
+    rays.push_back({x, y, rangeToRoom(x, y)});
   }
 }
 
 cSimWorld::cPerson cSimWorld::personAt(std::uint32_t number) const {
-  // An oval round the sensor at a walking pace: 14 s a round, the seed says where it begins.
-  const double angle = 2 * PI * (number / rate / 14 + static_cast<double>(seed % 1000) / 1000);
+  // On an oval around the sensor; the seed decides where it starts.
+  const double angle = 2 * PI * (number / rate / LAP + static_cast<double>(seed % 1000) / 1000);
   return {500 + 1500 * std::cos(angle), 400 + 1200 * std::sin(angle), 220};
 }
 
-void cSimWorld::seePerson(const cPerson& person, int first, std::vector<double>& ranges) const {
+// The person is a disc: the near root of |along * ray - person| = radius. The room was computed
+// once for all scans, only the person moves.
+void cSimWorld::addPerson(const cPerson& person, int first, std::vector<double>& ranges) const {
   const double square = person.x * person.x + person.y * person.y - person.radius * person.radius;
   for (std::size_t i = 0; i < ranges.size(); ++i) {
     const cRay& ray = rays[static_cast<std::size_t>(first) + i];
@@ -84,18 +89,18 @@ void cSimWorld::seePerson(const cPerson& person, int first, std::vector<double>&
   }
 }
 
-int cSimWorld::reading(double range, std::uint64_t noise) const {
-  cSimRandom random(noise);
-  const auto errors = static_cast<std::uint64_t>(model.errorLast - model.errorFirst) + 1;
-  if (random.below(MISS) != 0 && range <= model.far) {
-    const double seen = range + random.gaussian() * (NOISE + range * NOISE_PART);
-    if (seen >= model.near && seen <= model.far) return static_cast<int>(seen);
+int cSimWorld::reading(double range, std::uint64_t readingSeed) const {
+  cSimRandom random(readingSeed);
+  const auto errors = static_cast<std::uint64_t>(model.lastError - model.firstError) + 1;
+  if (random.below(MISS_INTERVAL) != 0 && range <= model.maxDistance) {
+    const double seen = range + random.gaussian() * (NOISE + range * NOISE_PER_MM);
+    if (seen >= model.minDistance && seen <= model.maxDistance) return static_cast<int>(seen);
   }
-  return model.errorFirst + static_cast<int>(random.below(errors));
+  return model.firstError + static_cast<int>(random.below(errors));
 }
 
 std::vector<int> cSimWorld::scan(std::uint32_t number, int first, int last, int cluster,
-                                 int most) const {
+                                 int maxReading) const {
   if (first < 0 || last < first || last >= model.perTurn)
     throw std::out_of_range("cSimWorld: a scan needs 0 <= first <= last < steps per turn");
   const auto count = static_cast<std::size_t>(last - first) + 1;
@@ -103,18 +108,20 @@ std::vector<int> cSimWorld::scan(std::uint32_t number, int first, int last, int 
   std::vector<double> ranges(count);
   for (std::size_t i = 0; i < count; ++i)
     ranges[i] = rays[static_cast<std::size_t>(first) + i].range;
-  seePerson(personAt(number), first, ranges);
+  addPerson(personAt(number), first, ranges);
 
+  // A seed for each reading: a step has the same noise whatever range of steps is asked for, so
+  // that what a host received can be compared with getTrueDistances of another range.
   const std::uint64_t scanSeed = cSimRandom(seed + number).next();
   std::vector<int> readings;
   readings.reserve(count / group + 1);
   for (std::size_t i = 0; i < count; ++i) {
     const int value =
-        std::min(reading(ranges[i], scanSeed + static_cast<std::size_t>(first) + i), most);
+        std::min(reading(ranges[i], scanSeed + static_cast<std::size_t>(first) + i), maxReading);
     if (i % group == 0) readings.push_back(value);
     int& kept = readings.back();
-    const bool valid = value >= model.near;
-    if (valid == (kept >= model.near))
+    const bool valid = value >= model.minDistance;
+    if (valid == (kept >= model.minDistance))
       kept = std::min(kept, value);
     else if (valid)
       kept = value;

@@ -7,6 +7,7 @@
 namespace kavTBX {
 
 void cBSync::unblock() {
+  // Notifies under the lock: a waiter may destroy this object as soon as its wait has returned.
   boost::mutex::scoped_lock lock(mutex);
   signalled = true;
   condition.notify_all();
@@ -18,6 +19,7 @@ void cBSync::reset() {
 }
 
 void cBSync::wait() {
+  // A host's boost::thread::interrupt would otherwise throw out of the driver's calls.
   boost::this_thread::disable_interruption uninterrupted;
   boost::mutex::scoped_lock lock(mutex);
   while (!signalled) condition.wait(lock);
@@ -31,7 +33,7 @@ void cBSync::wait_and_reset() {
 }
 
 bool cBSync::wait_and_reset(int timeout) {
-  // A deadline before the clock's zero is one that pthread_cond_timedwait refuses.
+  // pthread_cond_timedwait refuses a deadline before the clock's zero.
   const boost::chrono::milliseconds limit(std::max(timeout, 0));
   const auto deadline = boost::chrono::steady_clock::now() + limit;
   boost::this_thread::disable_interruption uninterrupted;

@@ -7,14 +7,12 @@
 
 namespace kavTBX {
 
-/// The mailbox of a worker thread: an unbounded first-in, first-out queue of values of type T,
-/// which is copied in and out.
+/// The mailbox of a worker thread: an unbounded first-in, first-out queue of values of type T.
 ///
-/// Any number of threads post; one worker takes, on the public members: lock `mutex`, wait
-/// on `cond` while `queue` is empty, copy and pop the front, unlock, then act on the item.
-/// The mutex is held for the append or the removal, and where a worker needs it for what it
-/// disposes of or for a change of its state, but not for its work: a poster never waits for a
-/// sensor. Destroying the queue drops what is left in it unprocessed.
+/// Any number of threads post. One worker takes, through the public members: it locks `mutex`,
+/// waits on `cond` while `queue` is empty, copies and pops the front, unlocks, and then acts on
+/// the item. The mutex is never held during that work, so a poster never waits for a sensor.
+/// Destroying the queue drops the items left in it; it does not process them.
 template <typename T>
 class cMessQueue {
  public:
@@ -23,14 +21,15 @@ class cMessQueue {
   cMessQueue& operator=(const cMessQueue&) = delete;
   virtual ~cMessQueue() = default;
 
-  /// Appends `item` and wakes the taker. Any thread.
+  /// Appends a copy of `item` and wakes the worker. Any thread.
   void post(T item) {
     boost::mutex::scoped_lock lock(mutex);
     queue.push_back(item);
     cond.notify_all();
   }
 
-  /// Like `post`, but false, with nothing appended, once `close` was called. Any thread.
+  /// Like `post`, unless the queue is closed: then it appends nothing and returns false. Any
+  /// thread.
   bool postIfOpen(T item) {
     boost::mutex::scoped_lock lock(mutex);
     if (closed != 0) return false;
@@ -39,8 +38,8 @@ class cMessQueue {
     return true;
   }
 
-  /// Closes the queue for `postIfOpen`, gives what is left in it to `dispose` in order, and
-  /// drops it, all under the mutex. Allocates nothing. Any thread.
+  /// Closes the queue to `postIfOpen`, passes each item left in it to `dispose`, oldest first, and
+  /// drops them, all under the mutex. Allocates nothing. Any thread.
   template <typename Dispose>
   void close(Dispose dispose) {
     boost::mutex::scoped_lock lock(mutex);

@@ -10,11 +10,11 @@ struct LazyInstantiation {};
 template <typename T, typename Instantiation, typename Mutex>
 class cSingleton;
 
-/// The one object of type T in the process, made when it is first asked for.
+/// The process's only object of type T, made on first use.
 template <typename T, typename Mutex>
 class cSingleton<T, LazyInstantiation, Mutex> {
  public:
-  /// The object; the same for every caller, never made again nor refreshed. Any thread.
+  /// The object: the same for every caller, never made anew or refreshed. Any thread.
   static boost::shared_ptr<T> instance() {
     static boost::shared_ptr<T> object;
     static Mutex mutex;

@@ -7,12 +7,12 @@ namespace kavTBX {
 
 namespace {
 
-// What a thread raises by its own fault. Blocked they would pass by a host's handlers: abort(3) of
-// glibc 2.41 unblocks SIGABRT no longer before it sends that.
+// Signals that a thread's own fault raises. Blocked, they would bypass a host's handlers: abort(3)
+// of glibc 2.41 no longer unblocks SIGABRT before raising it.
 constexpr int OWN_FAULTS[] = {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP};
 
-/// Blocks all other signals in the calling thread for its lifetime; a thread made meanwhile
-/// inherits the mask (pthread_create).
+/// Blocks all other signals in the calling thread for its lifetime; a thread made during that
+/// time inherits the mask (pthread_create).
 class cSignalsBlocked {
  public:
   cSignalsBlocked() {
@@ -31,7 +31,7 @@ class cSignalsBlocked {
 
 }  // namespace
 
-// Joining throws in the worker itself only, where destroying it is a programming error.
+// Joining throws only in the worker itself, where destroying it is a programming error.
 // NOLINTNEXTLINE(bugprone-exception-escape)
 cThread::~cThread() {
   join();
@@ -48,6 +48,7 @@ void cThread::run() {
 }
 
 void cThread::start() {
+  // Blocked before the thread exists: blocking in the thread itself would leave a gap at its start.
   const cSignalsBlocked inherited;
   thread = new boost::thread([this] { work(); });
 }
@@ -87,6 +88,7 @@ void cThread::work() {
       threadFunc();
     } while (!isFinishing());
   } catch (...) {
+    // Out of a thread an exception would end the host; `run` must not wait for `threadInit` either.
     setFinishing();
     announceInitialised();
   }

@@ -4,6 +4,6 @@ namespace kavTBX {
 
 cTime::cTime() : time(boost::gregorian::date(1970, 1, 1)) {}
 
-cTime::cTime(const boost::posix_time::ptime& givenTime) : time(givenTime) {}
+cTime::cTime(const boost::posix_time::ptime& time) : time(time) {}
 
 }  // namespace kavTBX

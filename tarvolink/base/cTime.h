@@ -12,7 +12,7 @@ class TARVOLINK_API cTime {
   /// 1970-01-01 00:00:00.
   cTime();
 
-  /// `time` as given.
+  /// `time`, local.
   explicit cTime(const boost::posix_time::ptime& time);
 
   boost::posix_time::ptime time;  ///< local time (gettimeofday split by localtime_r)

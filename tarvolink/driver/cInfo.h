@@ -5,7 +5,7 @@
 #include "tarvolink/driver/iInfo.h"
 #include "tarvolink/export.h"
 
-/// The stored values behind `iInfo`: texts empty and numbers 0 until a driver fills them. One
+/// The stored values of `iInfo`: texts are empty and numbers 0 until a driver fills them. One
 /// caller at a time, as there. Nothing fails.
 class TARVOLINK_API cInfo : public virtual iInfo {
  public:
@@ -30,18 +30,18 @@ class TARVOLINK_API cInfo : public virtual iInfo {
  protected:
   cInfo() = default;  ///< all empty and 0
 
-  bool activated = false;  ///< of `isActivated`
-  std::string vend;        ///< of `getVend`
-  std::string prod;        ///< of `getProd`
-  std::string firm;        ///< of `getFirm`
-  std::string prot;        ///< of `getProt`
-  std::string serial;      ///< of `getSerial`
-  std::string status;      ///< of `getStatus`
-  int minSpot = 0;         ///< of `getMinSpot`
-  int maxSpot = 0;         ///< of `getMaxSpot`
-  int frontSpot = 0;       ///< of `getFrontSpot`
-  int minDist = 0;         ///< of `getMinDist`, millimetres
-  int maxDist = 0;         ///< of `getMaxDist`, millimetres
-  int numSpot = 0;         ///< of `getNumSpot`
-  int scanSpeed = 0;       ///< of `getScanSpeed`
+  bool activated = false;  ///< see `isActivated`
+  std::string vend;        ///< see `getVend`
+  std::string prod;        ///< see `getProd`
+  std::string firm;        ///< see `getFirm`
+  std::string prot;        ///< see `getProt`
+  std::string serial;      ///< see `getSerial`
+  std::string status;      ///< see `getStatus`
+  int minSpot = 0;         ///< see `getMinSpot`
+  int maxSpot = 0;         ///< see `getMaxSpot`
+  int frontSpot = 0;       ///< see `getFrontSpot`
+  int minDist = 0;         ///< see `getMinDist`, millimetres
+  int maxDist = 0;         ///< see `getMaxDist`, millimetres
+  int numSpot = 0;         ///< see `getNumSpot`
+  int scanSpeed = 0;       ///< see `getScanSpeed`
 };

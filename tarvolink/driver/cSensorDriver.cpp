@@ -4,12 +4,10 @@
 
 namespace {
 
-/// Decodes `values.size()` values of `width` characters each. Unsigned: stray characters may go
-/// below zero and wrap. The 0x30 of all characters of a value are taken off together, which saves
-/// a tenth of a scan's conversion.
-inline void decode(const char* text, std::vector<int>& values, int width) {
-  int* const decoded = values.data();
-  const std::size_t count = values.size();
+/// Decodes `count` values of `width` characters each. Unsigned, since stray characters may go below
+/// zero and wrap. Subtracts the 0x30 of all characters of a value at once, which saves a tenth of a
+/// scan's conversion.
+inline void decode(const char* text, std::size_t count, int* decoded, int width) {
   for (std::size_t n = 0; n < count; ++n, text += width) {
     std::uint32_t bits = 0;
     std::uint32_t zeros = 0;
@@ -21,15 +19,15 @@ inline void decode(const char* text, std::vector<int>& values, int width) {
   }
 }
 
-/// The same for a width that the compiler knows, so that it unrolls: 5 times as fast.
+/// The same for a width known to the compiler, which unrolls the loop: 5 times as fast.
 template <int WIDTH>
-void decode(const char* text, std::vector<int>& values) {
-  decode(text, values, WIDTH);
+void decode(const char* text, std::size_t count, int* decoded) {
+  decode(text, count, decoded, WIDTH);
 }
 
 }  // namespace
 
-cSensorDriver::cSensorDriver(boost::shared_ptr<cTarvoLink> givenLink) : link(givenLink) {}
+cSensorDriver::cSensorDriver(boost::shared_ptr<cTarvoLink> link) : link(link) {}
 
 cSensorDriver::cSensorDriver(boost::shared_ptr<kavTBX::basic_portbuf<char>> portbuf)
     : link(new cTarvoLink(portbuf)) {}
@@ -51,18 +49,20 @@ std::string cSensorDriver::getResponseBody() const {
 std::vector<int> cSensorDriver::decode6bit(std::string data, int width) {
   if (width < 1 || data.size() % static_cast<std::size_t>(width) != 0) return {};
   std::vector<int> values(data.size() / static_cast<std::size_t>(width));
+  decode6bit(data.data(), data.size(), width, values.data());
+  return values;
+}
+
+void cSensorDriver::decode6bit(const char* data, std::size_t size, int width, int* values) {
+  const std::size_t count = size / static_cast<std::size_t>(width);
   switch (width) {
     case 2:
-      decode<2>(data.data(), values);
-      break;
+      return decode<2>(data, count, values);
     case 3:
-      decode<3>(data.data(), values);
-      break;
+      return decode<3>(data, count, values);
     case 4:
-      decode<4>(data.data(), values);
-      break;
+      return decode<4>(data, count, values);
     default:
-      decode(data.data(), values, width);
+      return decode(data, count, values, width);
   }
-  return values;
 }

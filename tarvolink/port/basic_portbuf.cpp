@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -16,7 +17,7 @@ namespace kavTBX {
 
 namespace {
 
-/// The speed constant for `baudRate`; B0, with a complaint, for one that is not offered.
+/// The speed constant for `baudRate`; B0, with a message, for any other.
 speed_t toSpeed(std::int32_t baudRate) {
   switch (baudRate) {
     case 9600:
@@ -57,7 +58,7 @@ void setParity(tcflag_t& control, std::int32_t parity) {
   if (parity == 2) {
     control |= PARODD;
   } else if (parity != 0) {
-    control &= PARODD;
+    control &= PARODD;  // drops the rest of the word, on purpose: see `cPortSetting::parity`
   }
 }
 
@@ -70,52 +71,58 @@ bool setStopBits(tcflag_t& control, std::int32_t stopBits) {
   return true;
 }
 
-// Signals in one wait from which on it is no more begun anew by each: a host's timer that is faster
-// than the time-out would make it endless.
-constexpr int SIGNAL_STORM = 16;
+using cClock = std::chrono::steady_clock;
 
-/// Waits the whole time-out, with all signals blocked.
-int waitUndisturbed(struct pollfd& waiting, int timeout) {
+// A wait that a signal interrupts starts anew, with its whole time-out. A host's timer that is
+// faster than the time-out would make it endless.
+constexpr int MAX_INTERRUPTED_WAITS = 16;
+
+/// Waits until `end` with all signals blocked. ppoll(2) restores the mask itself: no way out leaves
+/// the host's thread deaf to signals.
+int waitWithSignalsBlocked(struct pollfd& waiting, cClock::time_point end) {
   sigset_t all;
-  sigset_t before;
   sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &before);
-  int ready = 0;
-  do {
-    ready = ::poll(&waiting, 1, timeout);
-  } while (ready == -1 && errno == EINTR);
-  pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  return ready;
+  const auto left = std::max(end - cClock::now(), cClock::duration::zero());
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
+  const std::chrono::nanoseconds rest = left - seconds;
+  const struct timespec timeout = {seconds.count(), rest.count()};
+  return ::ppoll(&waiting, 1, &timeout, &all);
 }
 
-/// The value with which `underflow` hands out a character: see there.
+/// What `underflow` returns for a character: not traits_type::to_int_type, see there.
 int signExtended(char c) { return static_cast<signed char>(c); }
 
 }  // namespace
 
-basic_portbuf<char>::basic_portbuf(std::string devicePath,
+basic_portbuf<char>::basic_portbuf(std::string device, boost::shared_ptr<cPortSetting> setting)
+    : setting(setting ? setting : boost::shared_ptr<cPortSetting>(new cPortSetting)) {
+  setupSelf(std::move(device));
+}
+
+basic_portbuf<char>::basic_portbuf(int terminal, std::string devicePath,
                                    boost::shared_ptr<cPortSetting> givenSetting)
-    : setting(givenSetting ? givenSetting : boost::shared_ptr<cPortSetting>(new cPortSetting)) {
-  setupSelf(std::move(devicePath));
+    : fd(terminal), device(std::move(devicePath)), setting(givenSetting) {
+  usable = ::tcgetattr(fd, &savedAttributes) == 0;
 }
 
 basic_portbuf<char>::~basic_portbuf() {
   if (fd > 0) ::close(fd);
 }
 
-void basic_portbuf<char>::setupSelf(std::string devicePath) {
+void basic_portbuf<char>::setupSelf(std::string path) {
   if (fd > 0) ::close(fd);
   fd = -1;
   discardInput();
   usable = false;
-  device = std::move(devicePath);
-  // What may throw comes first: of a constructor that threw, nobody closes the descriptor.
+  device = std::move(path);
+  // It may throw, and nothing closes the descriptor of a constructor that failed.
   const boost::shared_ptr<cPortSetting> copy(new cPortSetting(*setting));
   fd = ::open(device.c_str(), O_RDWR, 0);
   if (fd < 0) {
     std::perror("basic_portbuf::c'tor");
     return;
   }
+  // Otherwise a child of the host would keep the port, and with it the sensor, busy.
   ::fcntl(fd, F_SETFD, FD_CLOEXEC);
   readTimeout = 2500;
   usable = true;
@@ -127,40 +134,42 @@ void basic_portbuf<char>::setupSelf(std::string devicePath) {
   usable = termSetup(copy);
 }
 
-bool basic_portbuf<char>::termSetup(boost::shared_ptr<cPortSetting> wanted) {
+bool basic_portbuf<char>::termSetup(boost::shared_ptr<cPortSetting> newSetting) {
   if (!usable) return false;
-  ::tcflush(fd, TCIOFLUSH);
+  ::tcflush(fd, TCIOFLUSH);  // bytes of the old settings are garbage under the new ones
   struct termios attributes = savedAttributes;
-  return applySetting(*wanted, attributes) && ::tcsetattr(fd, TCSADRAIN, &attributes) == 0;
+  return applySetting(*newSetting, attributes) && ::tcsetattr(fd, TCSADRAIN, &attributes) == 0;
 }
 
-bool basic_portbuf<char>::applySetting(const cPortSetting& wanted,
+bool basic_portbuf<char>::applySetting(const cPortSetting& newSetting,
                                        struct termios& attributes) const {
   setFlag(attributes.c_oflag, OPOST, false);
-  ::cfsetspeed(&attributes, toSpeed(wanted.baudRate));
-  if (!setCharLength(attributes.c_cflag, wanted.charLength)) return false;
+  ::cfsetspeed(&attributes, toSpeed(newSetting.baudRate));
+  if (!setCharLength(attributes.c_cflag, newSetting.charLength)) return false;
   setFlag(attributes.c_iflag, BRKINT | ISTRIP | ICRNL, false);
-  setFlag(attributes.c_iflag, IXON, wanted.softFlowControl);
-  setParity(attributes.c_cflag, wanted.parity);
-  setFlag(attributes.c_cflag, CRTSCTS, wanted.hardFlowControl);
+  setFlag(attributes.c_iflag, IXON, newSetting.softFlowControl);
+  setParity(attributes.c_cflag, newSetting.parity);
+  setFlag(attributes.c_cflag, CRTSCTS, newSetting.hardFlowControl);
   setFlag(attributes.c_iflag, IGNPAR, true);
-  if (!setStopBits(attributes.c_cflag, wanted.stopBits)) return false;
+  if (!setStopBits(attributes.c_cflag, newSetting.stopBits)) return false;
   setFlag(attributes.c_lflag, ISIG | ICANON | ECHO, false);
   return true;
 }
 
 int basic_portbuf<char>::waitFor(short events) const {
   struct pollfd waiting = {fd, events, 0};
-  for (int signals = 0; signals < SIGNAL_STORM; ++signals) {
+  const auto end = cClock::now() + std::chrono::milliseconds(readTimeout);
+  int signals = 0;
+  while (readTimeout < 0 || signals++ < MAX_INTERRUPTED_WAITS) {
     const int ready = ::poll(&waiting, 1, readTimeout);
     if (ready != -1 || errno != EINTR) return ready;
   }
-  return waitUndisturbed(waiting, readTimeout);
+  return waitWithSignalsBlocked(waiting, end);
 }
 
 bool basic_portbuf<char>::isAvailable() {
   const int ready = waitFor(POLLIN);
-  deadEnd = ready == -1 || (ready == 0 && readTimeout == 0);
+  exhausted = ready == -1 || (ready == 0 && readTimeout == 0);
   return ready > 0;
 }
 
@@ -172,21 +181,27 @@ void basic_portbuf<char>::discardInput() {
   if (fd >= 0) ::tcflush(fd, TCIFLUSH);
 }
 
+bool basic_portbuf<char>::isWritable() const {
+  struct pollfd waiting = {fd, POLLOUT, 0};
+  return ::poll(&waiting, 1, 0) > 0 && waiting.revents == POLLOUT;
+}
+
 bool basic_portbuf<char>::isTerminal() const { return fd >= 0 && ::isatty(fd) == 1; }
 
 basic_portbuf<char>::int_type basic_portbuf<char>::underflow() {
   if (gptr() < egptr()) return signExtended(*gptr());
   if (fd < 0 || interrupted) {
-    deadEnd = true;
+    exhausted = true;
     return traits_type::eof();
   }
   if (!isAvailable()) return traits_type::eof();
   char* const readArea = buffer + PUTBACK_SIZE;
+  // The characters before the read area serve sungetc(), also where two reads meet.
   const std::size_t kept = std::min(PUTBACK_SIZE, static_cast<std::size_t>(gptr() - eback()));
   std::memmove(readArea - kept, gptr() - kept, kept);
   const ssize_t count = ::read(fd, readArea, READ_SIZE);
   if (count <= 0) {
-    deadEnd = true;
+    exhausted = true;
     return traits_type::eof();
   }
   setg(readArea - kept, readArea, readArea + count);
@@ -196,7 +211,7 @@ basic_portbuf<char>::int_type basic_portbuf<char>::underflow() {
 std::streamsize basic_portbuf<char>::xsputn(const char* s, std::streamsize n) {
   if (fd == -1) return 0;
   const int ready = waitFor(POLLOUT);
-  if (ready == 0) errno = EAGAIN;
+  if (ready == 0) errno = EAGAIN;  // poll(2) sets none for a time-out, and the message shows it
   const ssize_t written = ready > 0 ? ::write(fd, s, static_cast<std::size_t>(n)) : -1;
   if (written <= 0) std::perror("basic_portbuf::write");
   return written;

@@ -2,8 +2,8 @@
 
 namespace kavTBX {
 
-basic_portstream<char>::basic_portstream(basic_portbuf<char>* portbuf, bool ownsBuffer)
-    : std::basic_iostream<char>(portbuf), buffer(portbuf), owns(ownsBuffer) {}
+basic_portstream<char>::basic_portstream(basic_portbuf<char>* buffer, bool owns)
+    : std::basic_iostream<char>(buffer), buffer(buffer), owns(owns) {}
 
 basic_portstream<char>::~basic_portstream() {
   if (owns) delete buffer;

@@ -14,19 +14,19 @@ struct cScanPoint {
   double angle;
 };
 
-/// The points of one sweep of the sensor. Filled before it is handed out and not changed
-/// afterwards: then any thread may read it. Its angles are radians, but degrees in a scan of
-/// `cSensorDriverSCIP1z`.
+/// The points of one sweep of the sensor. A driver fills it before handing it out and does not
+/// change it afterwards, so any thread may read it. Angles are radians, except in a scan of
+/// `cSensorDriverSCIP1z`: degrees.
 class TARVOLINK_API cScan {
  public:
-  /// An empty scan with the default time stamp and these angles, in the unit told above. Room is
-  /// made for the points between the two angles where their number is finite and sane (0 to 65536).
+  /// A scan without points, with the default time stamp. Reserves room for the points between the
+  /// two angles if their number is plausible (0 to 65536).
   cScan(double firstAngle, double lastAngle, double angleStep);
 
   std::vector<cScanPoint> points;  ///< in the order of the sweep
   kavTBX::cTime timeStamp;         ///< local time at which the scan was received
   double firstAngle;               ///< angle of the first point, radians
-  /// Angle of the last step asked for, radians; a cluster's point lies at the cluster's first step.
+  /// Angle of the last step asked for, radians. A cluster's point lies at the cluster's first step.
   double lastAngle;
   double angleStep;  ///< angle between two points, radians; 0 for a cluster of 0
 };

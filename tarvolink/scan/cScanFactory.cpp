@@ -5,9 +5,9 @@
 
 namespace {
 
-/// The points of distances, made as they are asked for: a vector filled from these writes each
-/// point once, where resizing it would write zeros first. Forward, so that the vector counts them
-/// before it makes room, although they are handed out by value.
+/// Iterates over distances and makes their points on the fly: a vector filled from it writes each
+/// point once, where resizing would write zeros first. A forward iterator, although it returns by
+/// value, so that the vector counts the points before it reserves room.
 class cPointSource {
  public:
   using iterator_category = std::forward_iterator_tag;
@@ -16,12 +16,12 @@ class cPointSource {
   using pointer = const cScanPoint*;
   using reference = cScanPoint;
 
-  /// The point of `*value` is number `index` of `scan`.
-  cPointSource(const cScan& scan, std::size_t firstIndex, const int* firstValue)
+  /// Begins at `*value`, whose point is number `index` of `scan`.
+  cPointSource(const cScan& scan, std::size_t index, const int* value)
       : firstAngle(scan.firstAngle),
         angleStep(scan.angleStep),
-        index(static_cast<int>(firstIndex)),
-        value(firstValue) {}
+        index(static_cast<int>(index)),
+        value(value) {}
 
   cScanPoint operator*() const {
     return cScanFactory::genPoint(*value, firstAngle + index * angleStep);

@@ -9,12 +9,12 @@
 /// Fills a scan with decoded distances. One caller at a time.
 class TARVOLINK_API cScanFactory {
  public:
-  /// The point of a distance `value` (millimetres) at `angle` (radians). Any thread.
+  /// The point at distance `value` (millimetres) and `angle` (radians). Any thread.
   static cScanPoint genPoint(int value, double angle);
 
-  /// Appends a point a value to `scan`, which must be set (assertion) unless `values` is
-  /// empty. Point i of the scan lies at its first angle + i times its step, so that a scan
-  /// may be filled line by line. Nothing is filtered.
+  /// Appends one point for each value to `scan`, which must be set (assertion) unless `values` is
+  /// empty. Point i of the scan lies at the first angle + i * the step, so a scan may be filled
+  /// line by line. Nothing is filtered.
   void addData(std::vector<int> values);
 
   boost::shared_ptr<cScan> scan;  ///< the scan being filled

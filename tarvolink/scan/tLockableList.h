@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// A list that threads share.
+/// A list shared between threads.
 
 #include <boost/shared_ptr.hpp>
 #include <boost/thread/mutex.hpp>
@@ -12,16 +12,16 @@
 
 /// A list with the mutex that guards it; the oldest element is at the front.
 ///
-/// Its users lock, through the functions of namespace `lockable`: each is one critical section,
-/// nothing waits or calls out in it, and none is called with this mutex held. Any thread may call
-/// them. Taking removes: what is handed out is no longer in the list.
+/// Use it through the functions of namespace `lockable`. Each locks `mutex` for one short critical
+/// section, so do not call one with the mutex held. Any thread may call them. Taking an element
+/// removes it from the list.
 template <typename T>
 struct tLockableList {
   std::list<T> list;   ///< oldest first; under `mutex`
   boost::mutex mutex;  ///< held for single operations only
 };
 
-/// The scans that wait for the caller.
+/// Scans that wait for the caller.
 using cLockableScanList = tLockableList<boost::shared_ptr<cScan>>;
 
 /// Operations on a `tLockableList`. Any thread.
@@ -73,7 +73,7 @@ void purge(tLockableList<T>& elements) {
   elements.list.clear();
 }
 
-/// Removes the oldest element if there are more than `limit`; whether it did.
+/// Removes the oldest element if there are more than `limit`. True: it did.
 template <typename T>
 bool trim(tLockableList<T>& elements, std::size_t limit) {
   boost::mutex::scoped_lock lock(elements.mutex);

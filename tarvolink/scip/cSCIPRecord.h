@@ -9,7 +9,7 @@ struct cSCIPRecord {
   std::string command;  ///< the command line as sent, without line end
   std::string status;   ///< the status line as received
   std::string echo;     ///< the echo line as received
-  std::string body;     ///< the body lines, each closed by `cTarvoLink::REC_EOL`
-  /// Local wall-clock time at which the echo line was taken in.
+  std::string body;     ///< the body lines, each followed by `cTarvoLink::REC_EOL`
+  /// Local wall-clock time at which the echo line was read.
   boost::posix_time::ptime time{boost::gregorian::date(1970, 1, 1)};
 };

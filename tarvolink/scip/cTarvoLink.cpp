@@ -14,18 +14,18 @@ bool isDigit(const std::string& status) {
 
 }  // namespace
 
-cTarvoLink::cTarvoLink(boost::shared_ptr<kavTBX::basic_portbuf<char>> port)
-    : portbuf(port), stream(new kavTBX::basic_portstream<char>(port.get())) {}
+cTarvoLink::cTarvoLink(boost::shared_ptr<kavTBX::basic_portbuf<char>> portbuf)
+    : portbuf(portbuf), stream(new kavTBX::basic_portstream<char>(portbuf.get())) {}
 
 const int& cTarvoLink::doRaw1(std::string command) {
-  *stream << command + SEND_EOL;
+  *stream << command + SEND_EOL;  // one insertion, hence one write(2)
   lastRawCommand = command;
   record.command = command;
-  const bool isCutOff = !recvRecord() && portbuf->isInterrupted();
-  // Half an answer, because we stopped listening, is none: its data must not be decoded.
+  isComplete = recvRecord();
+  // An answer cut short because our own side interrupted it counts as none: its data is incomplete.
+  const bool isCutOff = !isComplete && portbuf->isInterrupted();
   if (record.echo != command || isCutOff) {
     record.error = cSCIPError::EINVALID_ECHO;
-    stream->clear();
   } else if (isDigit(record.status)) {
     record.error = (record.status[0] - '0') | cSCIPError::ESCIP1_STATUS;
   } else {

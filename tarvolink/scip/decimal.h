@@ -5,8 +5,8 @@
 #include <limits>
 #include <string>
 
-/// The decimal number at the beginning of `text`, as atoi(3) reads it, 0 if there is none;
-/// but one out of range is the nearest int, where atoi's result is undefined.
+/// The decimal number at the beginning of `text`, as atoi(3) reads it; 0 if there is none. A number
+/// out of range becomes the nearest int, where the result of atoi(3) would be undefined.
 inline int parseDecimal(const std::string& text) {
   constexpr long LOWEST = std::numeric_limits<int>::min();
   constexpr long HIGHEST = std::numeric_limits<int>::max();

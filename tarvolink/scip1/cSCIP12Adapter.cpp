@@ -27,7 +27,7 @@ constexpr int EXIT = 5;
 
 constexpr int ENDLESS = -1;
 
-// A hung-up port fails at once: counted scanning tries it again this often and no more.
+// A hung-up port fails at once, and a counted scan without a period would spin on it.
 const pt::time_duration RETRY_PAUSE = pt::milliseconds(100);
 
 pt::time_duration elapsedSince(steady_clock::time_point begin) {
@@ -38,8 +38,8 @@ pt::time_duration elapsedSince(steady_clock::time_point begin) {
 
 }  // namespace
 
-cSCIP12Adapter::cSCIP12Adapter(cSensorDriverSCIP1* owner)
-    : driver(owner), start(driver->getMinSpot()), end(driver->getMaxSpot()) {
+cSCIP12Adapter::cSCIP12Adapter(cSensorDriverSCIP1* driver)
+    : driver(driver), start(driver->getMinSpot()), end(driver->getMaxSpot()) {
   beginSchedule();
 }
 
@@ -56,6 +56,9 @@ int cSCIP12Adapter::startScan(int st, int ed, int sk, int ssk, int count, int mx
   std::fprintf(stderr, "resetting interval :%f[ms] (from %d scan)\n", seconds, ssk);
   boost::mutex::scoped_lock requests(queue.mutex);
   boost::mutex::scoped_lock lock(wakeMutex);
+  // Asked again: no lock is held while standard error, which may block, is written to, and another
+  // start may have come first.
+  if (state != IDLE) return 0;
   interval = seconds;
   beginSchedule();
   setRange(st, ed, sk, scans);
@@ -72,8 +75,9 @@ int cSCIP12Adapter::getStoredScan(int st, int ed, int sk, int) {
   return 0;
 }
 
-/// With the queue's mutex held since what is to be scanned was looked at or set: a count that ended
-/// or a stop that came in between would be undone, and scanning begun without end.
+/// The caller has held the queue's mutex since it looked at, or set, what is to be scanned.
+/// Otherwise a count that ended or a stop in between would be undone, and scanning begun without
+/// end.
 void cSCIP12Adapter::askForScanning() {
   queue.queue.push_back({GO_SCANNING, 0});
   queue.cond.notify_all();
@@ -94,7 +98,7 @@ int cSCIP12Adapter::stopAll() {
   return 0;
 }
 
-/// Takes starts that the worker has not begun off the queue, whose mutex is held.
+/// Withdraws starts that the worker has not begun. Under the queue's mutex.
 void cSCIP12Adapter::forgetStarts() {
   const auto isStart = [](const reqPacket& request) { return request.code == GO_SCANNING; };
   queue.queue.erase(std::remove_if(queue.queue.begin(), queue.queue.end(), isStart),
@@ -196,8 +200,17 @@ cSCIP12Adapter::cPass cSCIP12Adapter::beginPass() {
   return {start, end, cluster, generation, steady_clock::now(), state, false};
 }
 
+/// Whether a scan was taken. A retry does not write to a line that is known to be dead: each write
+/// would print the same error once more, ten times a second for as long as the count lasts.
+bool cSCIP12Adapter::tryScan(const cPass& pass) {
+  const bool isRetry = pass.generation == latestGeneration;
+  latestGeneration = pass.generation;
+  if (isRetry && driver->isStillDead()) return false;
+  return driver->doScan(pass.start, pass.end, pass.cluster) == 0;
+}
+
 void cSCIP12Adapter::takeScan(cPass& pass) {
-  pass.hasFailed = driver->doScan(pass.start, pass.end, pass.cluster) != 0;
+  pass.hasFailed = !tryScan(pass);
   while (lockable::trim(*driver->scans, static_cast<std::size_t>(maxScans))) {
   }
   countScan(pass);
@@ -205,17 +218,21 @@ void cSCIP12Adapter::takeScan(cPass& pass) {
 }
 
 /// Counts the pass, unless a later start has taken its place.
+///
+/// A count goes down with each good scan and is over at -1, so that a count of N takes N + 1 scans.
+/// An endless scan is at -1 when a pass begins: a good scan takes it to -2, from where it is put
+/// back; a failed one leaves it at -1, where a count is over, and so ends it. A negative count of
+/// the caller's is lower still, and becomes an endless one.
 void cSCIP12Adapter::countScan(const cPass& pass) {
   boost::mutex::scoped_lock requests(queue.mutex);
   boost::mutex::scoped_lock lock(wakeMutex);
   if (pass.generation != generation) return;
   if (!pass.hasFailed && scansLeft >= ENDLESS) --scansLeft;
-  if (scansLeft == ENDLESS) {
-    state = IDLE;
-    forgetStarts();
-  } else if (scansLeft < ENDLESS) {
-    scansLeft = ENDLESS;
-  }
+  const bool isOver = scansLeft == ENDLESS;
+  scansLeft = std::max(scansLeft, ENDLESS);
+  if (!isOver) return;
+  state = IDLE;
+  forgetStarts();
 }
 
 bool cSCIP12Adapter::hasRequests() {
@@ -229,8 +246,8 @@ void cSCIP12Adapter::processRequest() {
   while (queue.queue.empty()) queue.cond.wait(lock);
   const reqPacket request = queue.queue.front();
   queue.queue.pop_front();
-  // A change of state is one step with the taking, so that stopAll finds a start either still in
-  // the queue or done.
+  // The state changes while the queue is locked, so that stopAll finds a start either in the queue
+  // or done.
   if (changeState(request.code)) return;
   lock.unlock();
   execute(request);
@@ -271,7 +288,8 @@ void cSCIP12Adapter::execute(const reqPacket& request) {
 // --- schedule, under wakeMutex ---------------------------------------------------------
 
 std::int64_t cSCIP12Adapter::toMilliseconds(double seconds) {
-  // The product in double may round up to a whole number that the exact one does not reach.
+  // In double the product may round up to a whole number that the exact one does not reach: 43
+  // tenths are 4299 ms.
   const double whole = std::trunc(1000.0 * seconds);
   const bool isRoundedUp = std::fma(1000.0, seconds, -whole) < 0;
   return static_cast<std::int64_t>(whole) - (isRoundedUp ? 1 : 0);
@@ -292,10 +310,13 @@ void cSCIP12Adapter::waitForNext(const cPass& pass) {
   boost::this_thread::disable_interruption uninterrupted;
   boost::mutex::scoped_lock lock(wakeMutex);
   if (pass.generation != generation) return;
+  // From when the scan was due, not from now: a late one delays none of those after it.
   if (period > pt::time_duration()) nextTime += period;
   lastTime = getLocalTime();
   const auto deadline =
       steady_clock::now() + boost::chrono::microseconds(getPause(pass).total_microseconds());
+  // Only the end cuts the wait short. A stop leaves it alone, so that stopping and starting again
+  // makes no sensor scan faster than its period.
   while (!isFinishing() && steady_clock::now() < deadline) wakeCond.wait_until(lock, deadline);
 }
 

@@ -23,14 +23,25 @@ class cSensorDriverSCIP1;
 ///     idle --start (3)--> scanning --counted out, failed endless scan, stopAll--> idle
 ///     any state --finalize (5)--> exiting
 ///
-/// Requests go to the worker through a queue; it looks there once a period while it scans. One
-/// pass: take a scan, keep the list at 30 scans (the oldest go), set the state, raise the scan
-/// signal, serve one request, wait for the period's end. When scans take longer than the period it
-/// scans back to back until it has caught up. `stopAll` takes effect after the wait
-/// under way; only the end cuts that short.
+/// One pass of the worker: take a scan, keep the list at 30 scans (the oldest go), set the state,
+/// raise the scan signal, serve one request from the queue, wait for the end of the period.
+/// `stopAll` takes effect after the wait under way; only `finalize` cuts that short.
 ///
-/// Any thread, for every operation not marked otherwise; `iInfo` is for one caller at a time. What
-/// was asked for and not begun when it is destroyed is dropped. The driver owns it and outlives it.
+/// What a host should know of it:
+/// - **Catching up.** Each scan is due a period after the one before it was due. When scans take
+///   longer than the period, or the process stood still, the worker scans back to back until it is
+///   on time again: a pause of 10 s at 0.1 s a scan is followed by up to 100 scans in a burst.
+/// - **The queue has no limit.** While it scans, the worker serves one request a period.
+///   `startStoringScan` called more often than that piles up requests, and memory.
+/// - **The scan signal stays raised** until a `waitScan` takes it, and does not count. A wait may
+///   return at once for a scan that has been taken already, or for one of an earlier start.
+/// - **A dead line is reported once.** A counted scan retries what fails. While the line is hung up
+///   or takes no bytes only the first attempt of a start writes to it, and prints
+///   "basic_portbuf::write: ..."; the others fail without a word until the line is back.
+///
+/// Any thread, for every operation not marked otherwise; `iInfo` is for one caller at a time.
+/// Its destruction drops the requests that it has not served. The driver owns it and outlives it. A
+/// derived class calls `finalize` in its own destructor.
 class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
                                      public virtual iSCIP2IF,
                                      public virtual iInfo {
@@ -41,12 +52,11 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
     std::int32_t arg;   ///< bits per second
   };
 
-  /// An adapter for `driver` (not null), whose step range it takes over; the worker does not run
-  /// yet.
+  /// An adapter for `driver` (not null), with that driver's step range. `run` starts the worker.
   explicit cSCIP12Adapter(cSensorDriverSCIP1* driver);
   ~cSCIP12Adapter() override;
 
-  // The driver's answers.
+  // What the driver returns.
   std::string getVend() const override;
   std::string getProd() const override;
   std::string getFirm() const override;
@@ -65,20 +75,22 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
 
   int getScanNum() override;
   boost::shared_ptr<cScan> getScanLast() override;
-  /// The oldest scan if `i` is the number of scans less 1; else empty, with nothing taken.
+  /// Takes the oldest scan if `i` is the number of scans less 1. Otherwise empty, and nothing is
+  /// taken.
   boost::shared_ptr<cScan> getScanLast(int i) override;
   boost::shared_ptr<cScan> getScanFirst() override;
-  /// Takes the scan at place `i`, the oldest being 0; empty, with nothing taken, if there is none.
+  /// Takes the scan at place `i`, the oldest being 0; empty if there is none.
   boost::shared_ptr<cScan> getScanFirst(int i) override;
   /// Removes all scans.
   void purgeScan() override;
 
   /// Asks the worker for "L0"; 0 in any state.
   int startStoringScan() override;
-  /// Ends the scan, and takes back starts that the worker has not begun; 0. A scan under way is
-  /// still delivered.
+  /// Ends scanning and withdraws starts that the worker has not begun; 0. A scan under way is still
+  /// delivered.
   int stopAll() override;
-  /// Starts two scans at the last period; 0, or -1 unless idle. The last argument is not used.
+  /// Starts two scans at the period of the last start; 0, or -1 unless idle. The last argument is
+  /// ignored.
   int getStoredScan(int st, int ed, int sk, int) override;
   /// Asks the worker for "S" with `baud`; 1, or 0 unless idle.
   int setCommSpeed(int baud) override;
@@ -86,10 +98,11 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
   int fetchVersionStr() override;  ///< "V" in the caller's thread, see `doVersion`
   int fetchParameters() override;  ///< 0, does nothing
   int updateStatus() override;     ///< 0, does nothing
-  /// Starts scanning steps `st` to `ed`, `sk` steps a point, every `ssk` tenths of a second,
-  /// `count` + 1 scans, or, for 0, until stopped or until a scan fails. 1: asked for. 0: not, since
-  /// it is not idle. After a stop or a counted end the worker first waits out the period under way,
-  /// unless it was still taking that period's scan. `mx` is only told on standard error.
+  /// Starts scanning steps `st` to `ed`, `sk` steps a point, every `ssk` tenths of a second:
+  /// `count` + 1 scans, or, for 0, until stopped or until a scan fails. 1: the worker will begin.
+  /// 0: it is not idle, or another start came first while this one printed its two lines on
+  /// standard error; nothing changes. After a stop or a counted end the worker first waits for the
+  /// end of that period, unless it was still taking that period's scan. `mx` is only printed.
   int startScan(int st, int ed, int sk, int ssk, int count, int mx) override;
   /// Does not stop: while scanning it asks for the scanning state once more; 0. See `stopAll`.
   int abortScan() override;
@@ -97,11 +110,11 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
   int resumeScan() override;
   /// Scans still to take, less one; -1 without end; 0 unless scanning.
   int scansToGo() override;
-  /// Waits for the next attempt to scan, without limit; 0. Needs a running scan, or it waits for
-  /// the next start.
+  /// Waits for an attempt to scan that no wait has reported yet, without limit; 0. Without a
+  /// running scan it waits for the next start.
   int waitScan() override;
-  /// Waits for the next attempt to scan, up to `ms` milliseconds; whether there was one. A failed
-  /// one counts: look at the list.
+  /// The same for up to `ms` milliseconds; whether there was an attempt. It may have failed, or its
+  /// scan may have been taken: look at the list.
   bool waitScan(int ms) override;
   /// Whether the worker takes scans; false also until it has begun with the first.
   bool isScanning() override;
@@ -118,8 +131,10 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
   void threadFunc() override;
   void threadFinReq() override;
 
+  kavTBX::cMessQueue<reqPacket> queue;  ///< requests to the worker; locks itself
+
  private:
-  /// What one pass of the worker was begun with.
+  /// What one pass of the worker began with.
   struct cPass {
     int start;
     int end;
@@ -138,6 +153,7 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
   boost::posix_time::ptime getLocalTime() const;
   boost::posix_time::time_duration getPause(const cPass& pass) const;
   void setRange(int st, int ed, int sk, int count);
+  bool tryScan(const cPass& pass);
   void takeScan(cPass& pass);
   void countScan(const cPass& pass);
   void runPass(cPass& pass);
@@ -155,17 +171,18 @@ class TARVOLINK_API cSCIP12Adapter : public kavTBX::cThread,
   int start;
   int end;
   int cluster = 1;
-  int scansLeft = -1;   // -1: without end
+  int scansLeft = -1;   // scans still to take, less one; -1: without end
   double interval = 0;  // seconds
   kavTBX::cBSync scanSignal;
-  kavTBX::cMessQueue<reqPacket> queue;
   boost::posix_time::ptime lastTime{boost::gregorian::date(1970, 1, 1)};
   boost::posix_time::ptime nextTime;
   boost::posix_time::time_duration period;
-  boost::condition wakeCond;
+  boost::condition wakeCond;  // notified by the end only: stops and starts keep to the period
   boost::mutex wakeMutex;
   unsigned generation = 0;  // of the start that the fields above belong to
   // Local time runs on the steady clock from here, so that setting the clock moves no scan.
   boost::posix_time::ptime scheduleTime;
   boost::chrono::steady_clock::time_point scheduleStart;
+
+  unsigned latestGeneration = 0;  // of the latest pass; worker only
 };

@@ -1,5 +1,6 @@
 #include "tarvolink/scip1/cSensorDriverSCIP1.h"
 
+#include <boost/chrono.hpp>
 #include <cstdio>
 #include <iostream>
 #include <sstream>
@@ -8,21 +9,57 @@
 #include "tarvolink/scip1/cSCIP12Adapter.h"
 #include "tarvolink/scip1/geometry.h"
 
-cSensorDriverSCIP1::cTurn::cTurn(const cSensorDriverSCIP1& givenDriver)
-    : driver(givenDriver), isOutermost(driver.turnHolder != std::this_thread::get_id()) {
-  if (!isOutermost) return;
-  driver.link->mutex.lock();
-  driver.turnHolder = std::this_thread::get_id();
+namespace {
+
+using boost::chrono::steady_clock;
+
+// The answer that a failed exchange did not wait for begins up to 300 ms late, from a sensor that
+// is slow for once. The rest is for serial adapters and busy hosts, which hold back bytes.
+constexpr int SILENCE = 350;  // milliseconds
+
+// Such an answer ends within it: 1000 steps of three characters take 1.6 s at 19200 bits/s. A line
+// that is noisy for longer fails the next exchange anyway.
+constexpr boost::chrono::milliseconds SILENCE_LIMIT(2500);
+
+/// Ends the process by the assertion of an empty pointer ("px != 0"). The answer is another
+/// command's, and a host that navigates by it would be worse off than one that stands still.
+void endProcess() {
+  const boost::shared_ptr<cScan> nothing;
+  static_cast<void>(*nothing);
 }
 
-cSensorDriverSCIP1::cTurn::~cTurn() {
-  if (!isOutermost) return;
-  driver.turnHolder = std::thread::id();
+}  // namespace
+
+cSensorDriverSCIP1::cExchangeLock::cExchangeLock(const cSensorDriverSCIP1& driver)
+    : driver(driver), isOwner(driver.lineOwner != std::this_thread::get_id()) {
+  if (!isOwner) return;
+  driver.waitForTurn();
+  driver.link->mutex.lock();  // for those who look at the link's record themselves
+  driver.lineOwner = std::this_thread::get_id();
+}
+
+cSensorDriverSCIP1::cExchangeLock::~cExchangeLock() {
+  if (!isOwner) return;
+  driver.lineOwner = std::thread::id();
   driver.link->mutex.unlock();
+  driver.endTurn();
 }
 
-cSensorDriverSCIP1::cSensorDriverSCIP1(boost::shared_ptr<cTarvoLink> givenLink)
-    : cSensorDriver(givenLink) {
+// Standard C++ here: a wait on Boost's condition is an interruption point, and a caller who leaves
+// by one would leave its turn behind, for which all others wait.
+void cSensorDriverSCIP1::waitForTurn() const {
+  std::unique_lock<std::mutex> lock(turnMutex);
+  const std::uint64_t turn = nextTurn++;
+  turnEnded.wait(lock, [&] { return turn == currentTurn; });
+}
+
+void cSensorDriverSCIP1::endTurn() const {
+  const std::lock_guard<std::mutex> lock(turnMutex);
+  ++currentTurn;
+  turnEnded.notify_all();
+}
+
+cSensorDriverSCIP1::cSensorDriverSCIP1(boost::shared_ptr<cTarvoLink> link) : cSensorDriver(link) {
   scans.reset(new cLockableScanList);
   minSpot = 44;
   maxSpot = 724;
@@ -33,7 +70,7 @@ cSensorDriverSCIP1::cSensorDriverSCIP1(boost::shared_ptr<cTarvoLink> givenLink)
 }
 
 cSensorDriverSCIP1::~cSensorDriverSCIP1() {
-  // A worker that reads a babbling line is to come back after the read under way.
+  // Otherwise a worker would go on reading, for as long as the sensor goes on sending.
   link->portbuf->interruptReads(true);
   adapter.reset();
   link->portbuf->interruptReads(false);
@@ -42,15 +79,46 @@ cSensorDriverSCIP1::~cSensorDriverSCIP1() {
 // --- commands --------------------------------------------------------------------------
 
 int cSensorDriverSCIP1::doRaw(std::string cmd) {
-  const cTurn turn(*this);
+  const cExchangeLock lock(*this);
+  if (hasFailed()) awaitSilence();
+  const bool isDead = !link->portbuf->isWritable();
   const int error = link->doRaw1(cmd);
+  hasMetDeadLine = isDead && hasFailed();
   if ((error & cSCIPError::ESTATUS_MASK) == 0) return 0;
   if ((error & cSCIPError::ESCIP1_STATUS) != 0) return error & ~cSCIPError::ESCIP1_STATUS;
   return -1;
 }
 
+/// Whether the line has been dead (hung up, or full) since the latest exchange began.
+bool cSensorDriverSCIP1::isStillDead() const {
+  return hasMetDeadLine && !link->portbuf->isWritable();
+}
+
+/// Whether the answer to the latest exchange, or the rest of it, may still come. A refusal is
+/// whole.
+bool cSensorDriverSCIP1::hasFailed() const {
+  const int error = link->record.error;
+  return !link->isComplete || error == cSCIPError::EINVALID_ECHO ||
+         error == cSCIPError::EINVALID_STATUS;
+}
+
+/// Discards the answer to a failed exchange. Otherwise the next exchange would take it for its own,
+/// and each one after that the answer to the one before.
+void cSensorDriverSCIP1::awaitSilence() {
+  kavTBX::basic_portbuf<char>& port = *link->portbuf;
+  const auto deadline = steady_clock::now() + SILENCE_LIMIT;
+  const int timeout = port.readTimeout;
+  port.readTimeout = SILENCE;
+  do {
+    port.discardInput();
+    // A dead port has input for ever (its end), and an interrupted one is about to be closed.
+  } while (port.isWritable() && !port.isInterrupted() && steady_clock::now() < deadline &&
+           port.isAvailable());
+  port.readTimeout = timeout;
+}
+
 int cSensorDriverSCIP1::doVersion() {
-  const cTurn turn(*this);
+  const cExchangeLock lock(*this);
   const int result = doRaw("V");
   if (result != 0) return result;
   std::istringstream lines(link->record.body);
@@ -66,13 +134,18 @@ int cSensorDriverSCIP1::doVersion() {
   return 0;
 }
 
-int cSensorDriverSCIP1::doScan(int start, int end, int cluster) {
+std::string cSensorDriverSCIP1::makeScanCommand(int start, int end, int cluster) {
   char command[40];
   std::snprintf(command, sizeof command, "G%03d%03d%02d", start, end, cluster);
+  return command;
+}
+
+int cSensorDriverSCIP1::doScan(int start, int end, int cluster) {
+  const std::string command = makeScanCommand(start, end, cluster);
   int result = 0;
   boost::shared_ptr<cScan> scan;
   {
-    const cTurn turn(*this);
+    const cExchangeLock lock(*this);
     result = doRaw(command);
     if (result == 0) scan = decode(start, end, cluster);
   }
@@ -80,13 +153,17 @@ int cSensorDriverSCIP1::doScan(int start, int end, int cluster) {
   return result;
 }
 
-int cSensorDriverSCIP1::doLaser(bool on) { return doRaw(on ? "L0" : "L1"); }
+int cSensorDriverSCIP1::doLaser(bool on) { return doRaw(makeLaserCommand(on)); }
 
-int cSensorDriverSCIP1::doSpeed(int baud) {
+std::string cSensorDriverSCIP1::makeSpeedCommand(int baud) {
   char command[32];
   std::snprintf(command, sizeof command, "S%06d1234567", baud);
-  const cTurn turn(*this);
-  const int result = doRaw(command);
+  return command;
+}
+
+int cSensorDriverSCIP1::doSpeed(int baud) {
+  const cExchangeLock lock(*this);
+  const int result = doRaw(makeSpeedCommand(baud));
   if (result != 0) {
     link->portbuf->getSetting()->baudRate = baud;
     link->portbuf->termSetup(link->portbuf->getSetting());
@@ -99,7 +176,7 @@ int cSensorDriverSCIP1::doSpeed(int baud) {
 boost::shared_ptr<cScan> cSensorDriverSCIP1::addScan(int start, int end, int cluster) {
   boost::shared_ptr<cScan> scan;
   {
-    const cTurn turn(*this);
+    const cExchangeLock lock(*this);
     scan = decode(start, end, cluster);
   }
   return publish(scan);
@@ -122,7 +199,7 @@ boost::shared_ptr<cScan> cSensorDriverSCIP1::decode(int start, int end, int clus
   if (points == expected) return factory.scan;
   std::cerr << "comm error: mixed response? (ret: " << points << " expected:" << expected << ")"
             << std::endl;
-  static_cast<void>(*none);  // ends the process: what follows would be another command's data
+  endProcess();
   return none;
 }
 
@@ -138,12 +215,12 @@ std::string cSensorDriverSCIP1::getStatus() const { return "Sensor works well.";
 const int& cSensorDriverSCIP1::getErr() const { return cSensorDriver::getErr(); }
 
 std::string cSensorDriverSCIP1::getLastRawCommand() const {
-  const cTurn turn(*this);
+  const cExchangeLock lock(*this);
   return link->lastRawCommand;
 }
 
 std::string cSensorDriverSCIP1::getResponseBody() const {
-  const cTurn turn(*this);
+  const cExchangeLock lock(*this);
   return link->record.body;
 }
 

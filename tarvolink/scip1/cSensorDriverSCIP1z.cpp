@@ -23,7 +23,7 @@ long long countReadings(int start, int end, int cluster) {
 boost::shared_ptr<cScan> cSensorDriverSCIP1z::addScan(int start, int end, int cluster) {
   boost::shared_ptr<cScan> scan;
   {
-    const cTurn turn(*this);
+    const cExchangeLock lock(*this);
     scan = decode(start, end, cluster);
   }
   return publish(scan);
@@ -32,6 +32,7 @@ boost::shared_ptr<cScan> cSensorDriverSCIP1z::addScan(int start, int end, int cl
 boost::shared_ptr<cScan> cSensorDriverSCIP1z::decode(int start, int end, int cluster) {
   boost::shared_ptr<cScan> none;
   const long long expected = countReadings(start, end, cluster);
+  // Degrees here, radians for two characters: each decoder's callers rely on its unit.
   factory.scan.reset(new cScan(toDegrees(start), toDegrees(end), cluster * SCIP1_DEGREES_PER_STEP));
   factory.scan->timeStamp = kavTBX::cTime(boost::posix_time::microsec_clock::local_time());
   if (!addLines(expected * WIDTH)) return none;

@@ -6,8 +6,8 @@
 #include "tarvolink/scip1/cSensorDriverSCIP1.h"
 
 /// A SCIP 1.x sensor with the three-character protocol (`cSensorDriverManager::protoId` 4), whose
-/// distances go beyond 4095 mm. Nothing in the library makes one, and `doScan` decodes two
-/// characters here too: send "G" with `doRaw` and decode with `addScan`.
+/// distances go beyond 4095 mm. Nothing in the library makes one. `doScan` decodes two characters
+/// here, too: send "G" with `doRaw` and decode with `addScan`.
 class TARVOLINK_API cSensorDriverSCIP1z : public cSensorDriverSCIP1 {
  public:
   using cSensorDriverSCIP1::cSensorDriverSCIP1;

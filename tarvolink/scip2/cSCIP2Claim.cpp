@@ -2,8 +2,8 @@
 
 #include <utility>
 
-cSCIP2Claim::cSCIP2Claim(cSCIP2Comm& givenComm, const std::string& command, int count)
-    : comm(givenComm), listener(comm.claimRequest(command, count)) {}
+cSCIP2Claim::cSCIP2Claim(cSCIP2Comm& comm, const std::string& command, int count)
+    : comm(comm), listener(comm.claimRequest(command, count)) {}
 
 cSCIP2Claim::~cSCIP2Claim() {
   if (listener != nullptr) comm.release(listener);
@@ -12,14 +12,15 @@ cSCIP2Claim::~cSCIP2Claim() {
 boost::shared_ptr<cSCIPRecord> cSCIP2Claim::waitRecord(int timeout) {
   if (listener == nullptr) return boost::shared_ptr<cSCIPRecord>();
   boost::shared_ptr<cSCIPRecord> record = comm.waitRecord(listener, timeout);
-  if (record && listener->isLateAnswer(*record)) comm.retire(listener);
+  // The record is handed out all the same: to wait for the right one would take another time-out.
+  if (record && listener->isLateAnswer(*record)) comm.withdraw(listener);
   return record;
 }
 
-void cSCIP2Claim::refuse() {
-  if (listener != nullptr) listener->mute();
+void cSCIP2Claim::discard() {
+  if (listener != nullptr) listener->discardFurther();
 }
 
-boost::shared_ptr<cSCIP2RecordListener> cSCIP2Claim::keep() {
-  return comm.keep(std::exchange(listener, nullptr));
+boost::shared_ptr<cSCIP2RecordListener> cSCIP2Claim::detach() {
+  return comm.detach(std::exchange(listener, nullptr));
 }

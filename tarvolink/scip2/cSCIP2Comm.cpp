@@ -8,20 +8,37 @@
 #include <string_view>
 
 #include "tarvolink/scip/cSCIPError.h"
-#include "tarvolink/scip2/checkedLine.h"
+#include "tarvolink/scip2/checksum.h"
 
 namespace {
 
-// How often a hung-up port is looked at: often enough to stop well, far below 1 % of a core.
+// Between two reads of a hung-up port: far below 1 % of a core.
 constexpr boost::chrono::milliseconds DEAD_PORT_PAUSE(100);
 
-// A command that is never answered leaves its listener expecting for good. Beyond this many
-// the oldest is dropped, so that a sensor that went mute costs no memory over a year.
-constexpr int ABANDONED_LIMIT = 256;
+// A command that is never answered leaves its listener active. Beyond this many the oldest is given
+// up: otherwise a mute sensor would cost more memory, and a longer search, with each command.
+constexpr int MAX_ABANDONED = 256;
+
+/// Makes the worker's receive end between two reads for its lifetime: on a line that never falls
+/// silent it might not end otherwise.
+class cReadsInterrupted {
+ public:
+  explicit cReadsInterrupted(const boost::shared_ptr<cTarvoLink>& link) : link(link) { set(true); }
+  ~cReadsInterrupted() { set(false); }
+  cReadsInterrupted(const cReadsInterrupted&) = delete;
+  cReadsInterrupted& operator=(const cReadsInterrupted&) = delete;
+
+ private:
+  void set(bool on) {
+    if (link) link->portbuf->interruptReads(on);
+  }
+
+  const boost::shared_ptr<cTarvoLink>& link;
+};
 
 }  // namespace
 
-cSCIP2Comm::cSCIP2Comm(boost::shared_ptr<cTarvoLink> givenLink) : link(givenLink) {}
+cSCIP2Comm::cSCIP2Comm(boost::shared_ptr<cTarvoLink> link) : link(link) {}
 
 cSCIP2Comm::~cSCIP2Comm() { finalize(); }
 
@@ -32,25 +49,19 @@ void cSCIP2Comm::threadFunc() {
     while (servePass()) {
     }
   } catch (...) {
-    // Out of memory, in the middle of a pass: there is nobody to tell but the callers.
+    // Out of memory, or a stream that the host made throw: callers notice by a closed queue.
   }
   setFinishing();
   closeQueue();
 }
 
 void cSCIP2Comm::threadFinReq() {
-  setFinishing();  // a later run must not start a thread that nothing could wake
-  if (!wasStarted()) closeQueue();
-  interruptReads(true);
+  setFinishing();                   // a later run must not start a thread that nothing could wake
+  if (!wasStarted()) closeQueue();  // there is no worker to do it, and callers may be waiting
+  const cReadsInterrupted silenced(link);
   cReqType stop;
   if (queue.postIfOpen(&stop)) stop.done.wait();
-  interruptReads(false);
   finished = true;
-}
-
-/// Ends a receive between two reads, or a driver on a babbling line could not be stopped.
-void cSCIP2Comm::interruptReads(bool on) {
-  if (link) link->portbuf->interruptReads(on);
 }
 
 // --- callers ---------------------------------------------------------------------------
@@ -78,13 +89,22 @@ cSCIP2RecordListener* cSCIP2Comm::post(cReqType& request) {
 
 cSCIP2RecordListener* cSCIP2Comm::resumeRequest(cSCIP2RecordListener* listener,
                                                 std::string command) {
+  // Not on this stack: the second entry is served after this call has returned.
   const auto request = boost::make_shared<cReqType>();
   request->command = command;
   request->listener = listener;
   request->self = request;
   request->entries = 2;
-  for (int entry = 0; entry < 2; ++entry) {
-    if (!queue.postIfOpen(request.get())) wake(request.get());
+  // A resume is defined as two lines on the wire; the listener ends up with the second one's tag.
+  int entry = 0;
+  try {
+    for (; entry < 2; ++entry) {
+      if (!queue.postIfOpen(request.get())) wake(request.get());
+    }
+  } catch (...) {
+    // Or the request would wait for entries that nobody serves, and keep itself alive for ever.
+    for (; entry < 2; ++entry) wake(request.get());
+    throw;
   }
   request->done.wait_and_reset();
   return listener;
@@ -95,6 +115,7 @@ boost::shared_ptr<cSCIPRecord> cSCIP2Comm::waitRecord(cSCIP2RecordListener* list
 }
 
 boost::shared_ptr<cSCIPRecord> cSCIP2Comm::waitRecord(int tag, int timeout) {
+  // Owned while waiting: no lock is held then, and another caller may release it.
   boost::shared_ptr<cSCIP2RecordListener> found;
   {
     boost::mutex::scoped_lock guard(listsMutex);
@@ -113,17 +134,18 @@ void cSCIP2Comm::release(cSCIP2RecordListener* listener) {
   if (listener->abandoned) {
     boundAbandoned();
   } else {
-    disownRetired(listener);
+    eraseIfWithdrawn(listener);
   }
 }
 
-void cSCIP2Comm::retire(cSCIP2RecordListener* listener) {
+void cSCIP2Comm::withdraw(cSCIP2RecordListener* listener) {
   boost::mutex::scoped_lock guard(listsMutex);
-  listener->retired = true;
+  listener->withdrawn = true;
 }
 
-boost::shared_ptr<cSCIP2RecordListener> cSCIP2Comm::keep(cSCIP2RecordListener* listener) {
+boost::shared_ptr<cSCIP2RecordListener> cSCIP2Comm::detach(cSCIP2RecordListener* listener) {
   const boost::shared_ptr<cSCIP2RecordListener> owner = getOwner(listener);
+  // Not a copy of `owner`: when the last copy goes, the listener must become free.
   return boost::shared_ptr<cSCIP2RecordListener>(
       listener, [this, owner](cSCIP2RecordListener* kept) { recycle(kept); });
 }
@@ -131,30 +153,30 @@ boost::shared_ptr<cSCIP2RecordListener> cSCIP2Comm::keep(cSCIP2RecordListener* l
 void cSCIP2Comm::recycle(cSCIP2RecordListener* listener) {
   boost::mutex::scoped_lock guard(listsMutex);
   listener->claimed = false;
-  listener->empty();
+  listener->clear();
   const auto place = std::find(activeListeners.begin(), activeListeners.end(), listener);
   if (place != activeListeners.end()) setFree(place);
-  disownRetired(listener);
+  eraseIfWithdrawn(listener);
 }
 
 void cSCIP2Comm::giveUp() {
-  interruptReads(true);
+  const cReadsInterrupted silenced(link);
   cReqType request;
   request.givesUp = true;
   post(request);
-  interruptReads(false);
 }
 
 void cSCIP2Comm::releaseLink() { link.reset(); }
 
 bool cSCIP2Comm::validateLine(std::string& line, bool hasSemicolon) {
   if (!line.empty() && line.back() == '\n') line.pop_back();
-  if (line.empty()) throw std::out_of_range("cSCIP2Comm::validateLine: an empty line has no sum");
   std::string_view summed = line;
-  const bool isValid = takeSum(summed, hasSemicolon);
+  const bool isValid = stripChecksum(summed, hasSemicolon);
   line.resize(summed.size());
   return isValid;
 }
+
+char cSCIP2Comm::getSum(std::string_view text) { return checksumOf(text); }
 
 // --- worker ----------------------------------------------------------------------------
 
@@ -179,7 +201,7 @@ bool cSCIP2Comm::servePass() {
   return true;
 }
 
-/// The next request, waiting for one unless records are expected; null: there is none.
+/// The next request; waits for one unless records are expected. Null: there is none.
 cSCIP2Comm::cReqType* cSCIP2Comm::takeRequest() {
   const bool waits = !expectsRecords();
   boost::this_thread::disable_interruption uninterrupted;
@@ -198,6 +220,7 @@ void cSCIP2Comm::serve(cReqType& request) {
     if (request.listener == nullptr) assignListener(request);
     send(request);
   } catch (...) {
+    // Null tells the caller that the thread has ended; a resumed request returns its own listener.
     if (!request.self) request.listener = nullptr;
     wake(&request);
     throw;
@@ -214,7 +237,7 @@ void cSCIP2Comm::assignListener(cReqType& request) {
     activeListeners.splice(activeListeners.end(), freeListeners, place);
   } else {
     const auto made = boost::make_shared<cSCIP2RecordListener>();
-    listeners.push_back(made);
+    listeners.push_back(made);  // first: no active listener may be left without an owner
     activeListeners.push_back(made.get());
   }
   request.listener = activeListeners.back();
@@ -226,6 +249,7 @@ void cSCIP2Comm::send(cReqType& request) {
     boost::mutex::scoped_lock guard(listsMutex);
     request.listener->resetResponse(request.command, nextTag, request.count);
   }
+  // One insertion is one write(2): a line in pieces may reach the sensor with a pause in it.
   *link->stream << request.command + ";" + std::to_string(nextTag) + cTarvoLink::SEND_EOL;
   nextTag = nextTag == std::numeric_limits<int>::max() ? 1 : nextTag + 1;
 }
@@ -233,19 +257,19 @@ void cSCIP2Comm::send(cReqType& request) {
 void cSCIP2Comm::receive() {
   const auto record = boost::make_shared<cSCIPRecord>();
   if (!receive(*record)) {
-    if (link->portbuf->isDeadEnd()) pause();
+    if (link->portbuf->isExhausted()) pause();
     return;
   }
-  // A status line that is empty has no sum to look at.
+  // An empty status line has no checksum to test.
   if (record->status.empty() || !validateLine(record->status, false)) {
     record->error = cSCIPError::EINVALID_STATUS;
   }
   offer(record);
 }
 
-/// Receives into `record` and shows the link's users what came; the lock is not held while
-/// waiting.
+/// Receives into `record` and copies it to the link, whose lock is not held while waiting.
 bool cSCIP2Comm::receive(cSCIPRecord& record) {
+  // What a receive leaves alone: the latest SCIP 1.x command, and the time until an echo comes.
   record.command = link->record.command;
   record.time = link->record.time;
   const bool isComplete = link->recvRecord(record);
@@ -262,19 +286,19 @@ void cSCIP2Comm::offer(boost::shared_ptr<cSCIPRecord> record) {
   if (taker == activeListeners.end() || !(*taker)->isComplete()) return;
   cSCIP2RecordListener* const complete = *taker;
   setFree(taker);
-  disownRetired(complete);
+  eraseIfWithdrawn(complete);
 }
 
-/// Moves an active listener to the end of the free ones. Allocates nothing: a scan's listener
-/// comes here from a destructor.
+/// Moves an active listener to the end of the free ones. Allocates nothing, since the destructor of
+/// a scan's listener calls it.
 void cSCIP2Comm::setFree(std::list<cSCIP2RecordListener*>::iterator place) {
   (*place)->abandoned = false;
   freeListeners.splice(freeListeners.end(), activeListeners, place);
 }
 
-/// Lets a free listener go if it is retired and nobody holds it.
-void cSCIP2Comm::disownRetired(cSCIP2RecordListener* listener) {
-  if (!listener->retired || listener->claimed) return;
+/// Destroys a free listener if it is withdrawn and no caller holds it.
+void cSCIP2Comm::eraseIfWithdrawn(cSCIP2RecordListener* listener) {
+  if (!listener->withdrawn || listener->claimed) return;
   freeListeners.remove(listener);
   listeners.erase(std::find(listeners.begin(), listeners.end(), findOwner(listener)));
 }
@@ -304,8 +328,7 @@ bool cSCIP2Comm::expectsRecords() {
 
 void cSCIP2Comm::boundAbandoned() {
   const auto isAbandoned = [](const cSCIP2RecordListener* listener) { return listener->abandoned; };
-  if (std::count_if(activeListeners.begin(), activeListeners.end(), isAbandoned) <=
-      ABANDONED_LIMIT) {
+  if (std::count_if(activeListeners.begin(), activeListeners.end(), isAbandoned) <= MAX_ABANDONED) {
     return;
   }
   const auto oldest = std::find_if(activeListeners.begin(), activeListeners.end(), isAbandoned);
@@ -317,15 +340,15 @@ void cSCIP2Comm::forgetAll() {
   while (!activeListeners.empty()) forget(activeListeners.begin());
 }
 
-/// Expects nothing more of an active listener.
+/// Gives up an active listener's request.
 void cSCIP2Comm::forget(std::list<cSCIP2RecordListener*>::iterator place) {
   cSCIP2RecordListener* const forgotten = *place;
-  forgotten->empty();
+  forgotten->clear();
   setFree(place);
-  disownRetired(forgotten);
+  eraseIfWithdrawn(forgotten);
 }
 
-/// Reading a hung-up port returns at once: sleeps a little, but not on a new request.
+/// Sleeps until the next look at a hung-up port, whose reads return at once, or a new request.
 void cSCIP2Comm::pause() {
   boost::this_thread::disable_interruption uninterrupted;
   boost::mutex::scoped_lock guard(queue.mutex);
@@ -336,8 +359,10 @@ void cSCIP2Comm::closeQueue() {
   queue.close([](cReqType* request) { wake(request); });
 }
 
+/// Ends one entry of `request`. Its caller may return, and an ordinary request cease to exist, as
+/// soon as `done` is raised; a resumed one must outlive that call, whichever entry comes last.
 void cSCIP2Comm::wake(cReqType* request) {
-  boost::shared_ptr<cReqType> last;
-  if (request->self && --request->entries == 0) last.swap(request->self);
+  const boost::shared_ptr<cReqType> alive = request->self;
+  if (alive && --request->entries == 0) request->self.reset();
   request->done.unblock();
 }

@@ -9,7 +9,7 @@ namespace {
 
 using boost::chrono::steady_clock;
 
-/// Whole milliseconds until `deadline`, rounded up, so that a wait never ends too early.
+/// Whole milliseconds until `deadline`, rounded up so that a wait never ends too early.
 int millisecondsUntil(steady_clock::time_point deadline) {
   return static_cast<int>(
       boost::chrono::ceil<boost::chrono::milliseconds>(deadline - steady_clock::now()).count());
@@ -22,8 +22,8 @@ void cSCIP2RecordListener::resetResponse(std::string newCommand, int newTag, int
   command = std::move(newCommand);
   tag = newTag;
   count = newCount;
-  muted = false;
-  // Not from under a waiter that has yet to wake for a record that is there.
+  discarding = false;
+  // With records left, a waiter may have been signalled and not have woken yet.
   if (records.empty()) arrived.reset();
 }
 
@@ -31,11 +31,13 @@ bool cSCIP2RecordListener::push(boost::shared_ptr<cSCIPRecord> record) {
   {
     boost::mutex::scoped_lock guard(lock);
     if (!answers(*record)) return false;
-    if (!muted) records.push_back(record);
+    // Counted even if it is dropped: the listener is free again only when all have come.
+    if (!discarding) records.push_back(record);
     if (count > 0) --count;
     if (count == 0) busy = false;
   }
-  arrived.unblock();  // who wakes by it takes the lock: held here it would cost two system calls
+  // Without the lock, which the woken waiter takes first: held here it costs two system calls more.
+  arrived.unblock();
   return true;
 }
 
@@ -49,6 +51,7 @@ bool cSCIP2RecordListener::answers(const cSCIPRecord& record) const {
 
 boost::shared_ptr<cSCIPRecord> cSCIP2RecordListener::waitRecord(int timeout) {
   const auto deadline = steady_clock::now() + boost::chrono::milliseconds(std::max(timeout, 0));
+  // A signal may be an earlier record's, taken long since: it alone does not end the wait.
   for (;;) {
     if (boost::shared_ptr<cSCIPRecord> record = take()) return record;
     const int remaining = millisecondsUntil(deadline);
@@ -62,7 +65,7 @@ boost::shared_ptr<cSCIPRecord> cSCIP2RecordListener::take() {
   if (records.empty()) return boost::shared_ptr<cSCIPRecord>();
   boost::shared_ptr<cSCIPRecord> record = records.front();
   records.pop_front();
-  // The signal is binary: whoever else waits here must hear of what is left.
+  // The signal is binary: one for two records has woken only one of two waiters.
   if (!records.empty()) arrived.unblock();
   return record;
 }
@@ -82,13 +85,13 @@ bool cSCIP2RecordListener::isLateAnswer(const cSCIPRecord& record) {
   return record.echo.find(';') != std::string::npos && !answers(record);
 }
 
-void cSCIP2RecordListener::empty() {
+void cSCIP2RecordListener::clear() {
   boost::mutex::scoped_lock guard(lock);
   records.clear();
 }
 
-void cSCIP2RecordListener::mute() {
+void cSCIP2RecordListener::discardFurther() {
   boost::mutex::scoped_lock guard(lock);
   records.clear();
-  muted = true;
+  discarding = true;
 }

@@ -12,7 +12,7 @@
 
 /// The mailbox of one request: the records that answer it.
 ///
-/// The communication thread pushes, callers take. Made, owned and reused by `cSCIP2Comm`.
+/// The communication thread pushes, callers take. `cSCIP2Comm` makes, owns and reuses it.
 class TARVOLINK_API cSCIP2RecordListener {
  public:
   cSCIP2RecordListener() = default;
@@ -20,35 +20,35 @@ class TARVOLINK_API cSCIP2RecordListener {
   cSCIP2RecordListener& operator=(const cSCIP2RecordListener&) = delete;
   virtual ~cSCIP2RecordListener() = default;
 
-  /// Makes it the mailbox of another request. `count` is the number of records expected: below
-  /// 0 without end, 0 ends with the first. Records that nobody took stay. Worker only.
+  /// Makes it the mailbox of another request, which expects `count` records: below 0 without end, 0
+  /// ends with the first. Keeps records that nobody took. Worker only.
   void resetResponse(std::string command, int tag, int count);
 
-  /// Takes `record` in if it answers this request: by the tag in its echo (";" and the
-  /// number), or, in an echo without one, by the two letters of the command. False:
-  /// it does not, nothing has changed. Worker only.
+  /// Accepts `record` if it answers this request: if the tag in its echo (";" and a number) is this
+  /// request's or, in an echo without a tag, the two letters of the command are. False: not
+  /// accepted, nothing has changed. Worker only.
   bool push(boost::shared_ptr<cSCIPRecord> record);
 
-  /// Takes the oldest record, waiting for one up to `timeout` milliseconds (0 or less only
-  /// looks). Empty: none came. Any thread.
+  /// Takes the oldest record, waiting for one up to `timeout` milliseconds; 0 or less does not
+  /// wait. Empty: none came. Any thread.
   boost::shared_ptr<cSCIPRecord> waitRecord(int timeout);
 
   /// Whether a record waits. Any thread.
   bool hasRecords();
 
-  /// Whether it has received all that it expected. Any thread.
+  /// Whether it has received all records that it expected. Any thread.
   bool isComplete();
 
-  /// Whether the echo of `record` bears a tag, and not this request's: a late answer to an
-  /// earlier one. Any thread.
+  /// Whether the echo of `record` has a tag other than this request's: then it is a late answer to
+  /// an earlier one. Any thread.
   bool isLateAnswer(const cSCIPRecord& record);
 
-  /// Forgets the records that nobody took. Any thread.
-  void empty();
+  /// Drops the records that nobody took. Any thread.
+  void clear();
 
-  /// Forgets its records and keeps none from now on, until it serves another request. Any
+  /// Drops its records and those that come from now on, until it serves another request. Any
   /// thread.
-  void mute();
+  void discardFurther();
 
  private:
   friend class cSCIP2Comm;
@@ -64,10 +64,10 @@ class TARVOLINK_API cSCIP2RecordListener {
   std::list<boost::shared_ptr<cSCIPRecord>> records;
   boost::mutex lock;  // guards all of this class
   bool busy = false;
-  bool muted = false;
+  bool discarding = false;  // counts the records that come, and keeps none
 
   // Bookkeeping of cSCIP2Comm, under its listsMutex.
-  bool claimed = false;    // a caller, or a driver's scan, has it to itself
-  bool retired = false;    // a late answer was taken from it: it serves no other request
+  bool claimed = false;    // one caller, or a driver's scan, has it for itself
+  bool withdrawn = false;  // a late answer was taken from it: it serves no other request
   bool abandoned = false;  // its caller gave up while it still expected records
 };

@@ -11,14 +11,15 @@ namespace {
 
 constexpr int ANSWER_TIMEOUT = 2000;  // milliseconds
 
+// Not isalpha(3), which depends on the host's locale.
 bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
 }  // namespace
 
-/// Where the value of a key of an information answer goes.
+/// The destination of one key's value in an information answer.
 struct cSensorDriverSCIP2::cField {
-  cField(const char* fieldKey, std::string& destination) : key(fieldKey), text(&destination) {}
-  cField(const char* fieldKey, int& destination) : key(fieldKey), number(&destination) {}
+  cField(const char* key, std::string& text) : key(key), text(&text) {}
+  cField(const char* key, int& number) : key(key), number(&number) {}
 
   void store(const std::string& value) const {
     if (text != nullptr) *text = value;
@@ -30,8 +31,8 @@ struct cSensorDriverSCIP2::cField {
   int* number = nullptr;
 };
 
-cSensorDriverSCIP2::cSensorDriverSCIP2(boost::shared_ptr<cTarvoLink> givenLink)
-    : cSensorDriver(givenLink), comm(givenLink) {
+cSensorDriverSCIP2::cSensorDriverSCIP2(boost::shared_ptr<cTarvoLink> link)
+    : cSensorDriver(link), comm(link) {
   scans.reset(new cLockableScanList);
 }
 
@@ -42,8 +43,9 @@ void cSensorDriverSCIP2::start() {
   activated = true;
 }
 
-void cSensorDriverSCIP2::hush() {
+void cSensorDriverSCIP2::suspend() {
   comm.giveUp();
+  // Bytes after this would be taken for the answer to the caller's own command.
   link->portbuf->discardInput();
 }
 
@@ -65,9 +67,13 @@ boost::shared_ptr<cSCIPRecord> cSensorDriverSCIP2::doRaw2(std::string command, i
   return record;
 }
 
-/// The code word of a status without its sum: 0, or the sensor's status with its mark.
+bool cSensorDriverSCIP2::isLetterStatus(const std::string& status) {
+  return status.size() > 1 && isLetter(status[1]);
+}
+
+/// The code word of a status without its checksum: 0, or the sensor's status with its mark.
 int cSensorDriverSCIP2::toError(const std::string& status) {
-  if (status.size() > 1 && isLetter(status[1])) return cSCIPError::ESCIP2_EXTSTATUS | status[1];
+  if (isLetterStatus(status)) return cSCIPError::ESCIP2_EXTSTATUS | status[1];
   const int number = parseDecimal(status);
   return number == 0 ? 0 : cSCIPError::ESCIP2_STATUS | number;
 }
@@ -85,32 +91,38 @@ int cSensorDriverSCIP2::fetchVersionStr() {
     return -1;
   }
   return readFields(
-      *record, {{"VEND", vend}, {"PROD", prod}, {"FIRM", firm}, {"PROT", prot}, {"SERI", serial}});
+      *record, "VV",
+      {{"VEND", vend}, {"PROD", prod}, {"FIRM", firm}, {"PROT", prot}, {"SERI", serial}});
 }
 
 int cSensorDriverSCIP2::fetchParameters() {
-  return readFields(*doRaw2("PP", 1), {{"DMIN", minDist},
-                                       {"DMAX", maxDist},
-                                       {"ARES", numSpot},
-                                       {"AMIN", minSpot},
-                                       {"AMAX", maxSpot},
-                                       {"AFRT", frontSpot},
-                                       {"SCAN", scanSpeed}});
+  return readFields(*doRaw2("PP", 1), "PP",
+                    {{"DMIN", minDist},
+                     {"DMAX", maxDist},
+                     {"ARES", numSpot},
+                     {"AMIN", minSpot},
+                     {"AMAX", maxSpot},
+                     {"AFRT", frontSpot},
+                     {"SCAN", scanSpeed}});
 }
 
-int cSensorDriverSCIP2::updateStatus() { return readFields(*doRaw2("II", 1), {{"STAT", status}}); }
+int cSensorDriverSCIP2::updateStatus() {
+  return readFields(*doRaw2("II", 1), "II", {{"STAT", status}});
+}
 
-/// Reads lines of key (4 characters), ":", value, ";" and sum; fields stored before a bad
-/// line stay stored.
-int cSensorDriverSCIP2::readFields(const cSCIPRecord& record,
+/// Reads lines of key (4 characters), ":", value, ";" and checksum. Values stored before a bad line
+/// stay stored.
+int cSensorDriverSCIP2::readFields(const cSCIPRecord& answer, const char* command,
                                    std::initializer_list<cField> fields) {
-  if (hasFailed(record)) return -1;
-  boost::mutex::scoped_lock guard(scanMutex);
-  std::istringstream lines(record.body);
+  // It may be a late answer to an earlier command: without these keys it would pass as a success.
+  const bool isOwn = answer.echo.compare(0, 2, command) == 0;
+  if (hasFailed(answer) || !isOwn) return -1;
+  boost::mutex::scoped_lock guard(scanMutex);  // a start in another thread uses the numbers
+  std::istringstream lines(answer.body);
   for (std::string line; std::getline(lines, line);) {
     if (!cSCIP2Comm::validateLine(line, true)) return -1;
     const std::string key = line.substr(0, 4);
-    const std::string value = line.substr(5);
+    const std::string value = line.substr(5);  // throws for a line too short to hold one
     for (const cField& field : fields) {
       if (key == field.key) field.store(value);
     }
@@ -143,7 +155,7 @@ int cSensorDriverSCIP2::setCommSpeed(int) { return -1; }
 
 int cSensorDriverSCIP2::doRaw(std::string) { return -1; }
 
-// --- faces -----------------------------------------------------------------------------
+// --- interfaces ------------------------------------------------------------------------
 
 const int& cSensorDriverSCIP2::getErr() const { return cSensorDriver::getErr(); }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <iostream>
 #include <limits>
 #include <sstream>
@@ -9,9 +10,10 @@
 #include <utility>
 
 #include "tarvolink/scip/cSCIPError.h"
+#include "tarvolink/scip/decimal.h"
 #include "tarvolink/scip2/cSCIP2Claim.h"
 #include "tarvolink/scip2/cSensorDriverSCIP2.h"
-#include "tarvolink/scip2/checkedLine.h"
+#include "tarvolink/scip2/checksum.h"
 
 namespace {
 
@@ -32,34 +34,45 @@ constexpr std::size_t COMMAND_SIZE = 80;  // the letters and five numbers of up 
 
 int cSensorDriverSCIP2::startScan(int firstStep, int lastStep, int clusterCount, int scanInterval,
                                   int numScans, int maxDistance) {
-  const char* const command = maxDistance > LONGEST_OF_TWO_CHARACTERS ? "MD" : "MS";
   setAngles(firstStep, lastStep, clusterCount);
-  constexpr int MOST = std::numeric_limits<int>::max() - 1;
-  const int expected = numScans == 0 ? -1 : std::min(numScans, MOST) + 1;
-  char line[COMMAND_SIZE];
-  std::snprintf(line, sizeof line, "%s%04d%04d%02d%01d%02d", command, firstStep, lastStep,
-                clusterCount, scanInterval, numScans);
-  cSCIP2Claim request(comm, line, expected);
+  constexpr int MAX_SCANS = std::numeric_limits<int>::max() - 1;
+  // The acknowledgement is a record too.
+  const int expected = numScans == 0 ? -1 : std::min(numScans, MAX_SCANS) + 1;
+  cSCIP2Claim request(
+      comm, makeScanCommand(firstStep, lastStep, clusterCount, scanInterval, numScans, maxDistance),
+      expected);
   const boost::shared_ptr<cSCIPRecord> acknowledgement = request.waitRecord(START_TIMEOUT);
   if (!acknowledgement || !acceptStart(*acknowledgement)) {
     if (!acknowledgement) std::cerr << " startScan:: comm error??" << std::endl;
-    request.refuse();
+    request.discard();
     return -1;
   }
-  boost::shared_ptr<cSCIP2RecordListener> replaced = request.keep();
+  // Declared before the lock: what it holds in the end goes back to `comm`, which locks its lists.
+  boost::shared_ptr<cSCIP2RecordListener> replaced = request.detach();
   boost::mutex::scoped_lock guard(scanMutex);
   scanListener.swap(replaced);
   return 0;
 }
 
+std::string cSensorDriverSCIP2::makeScanCommand(int firstStep, int lastStep, int clusterCount,
+                                                int scanInterval, int numScans, int maxDistance) {
+  char line[COMMAND_SIZE];
+  std::snprintf(line, sizeof line, "%s%04d%04d%02d%01d%02d", isWide(maxDistance) ? "MD" : "MS",
+                firstStep, lastStep, clusterCount, scanInterval, numScans);
+  return line;
+}
+
+bool cSensorDriverSCIP2::isWide(int maxDistance) { return maxDistance > LONGEST_OF_TWO_CHARACTERS; }
+
 bool cSensorDriverSCIP2::acceptStart(cSCIPRecord& acknowledgement) {
   if (!hasFailed(acknowledgement)) {
-    acknowledgement.error = toError(acknowledgement.status);
-    if ((acknowledgement.error & cSCIPError::ESCIP2_EXTSTATUS) != 0) {
-      std::cerr << " startScan:: scip2ExtStatus:" << acknowledgement.status << std::endl;
-    } else if ((acknowledgement.error & cSCIPError::ESCIP2_STATUS) != 0) {
-      std::cerr << " startScan:: scip2Status:"
-                << (acknowledgement.error & ~cSCIPError::ESCIP2_STATUS) << std::endl;
+    const std::string& status = acknowledgement.status;
+    acknowledgement.error = toError(status);
+    // By the status, not by the code word: a number above 1023 reaches the bits of the marks.
+    if (isLetterStatus(status)) {
+      std::cerr << " startScan:: scip2ExtStatus:" << status << std::endl;
+    } else if (const int number = parseDecimal(status); number != 0) {
+      std::cerr << " startScan:: scip2Status:" << number << std::endl;
     }
   }
   if (!hasFailed(acknowledgement)) return true;
@@ -71,14 +84,34 @@ int cSensorDriverSCIP2::abortScan() {
   const boost::shared_ptr<cSCIP2RecordListener> aborted = getScanListener();
   if (!aborted) return -1;
   const int result = stopAll();
-  tryRecordToScan();
-  aborted->mute();  // a sensor that missed "QT" goes on, and no call could take that
-  boost::shared_ptr<cSCIP2RecordListener> released;
+  // Before the conversion, which may throw: the scan has ended in any case.
+  parkListener(aborted);
+  convertAll(*aborted);
+  return result;
+}
+
+/// Moves the aborted scan's listener to `lastScanListener`.
+void cSensorDriverSCIP2::parkListener(const boost::shared_ptr<cSCIP2RecordListener>& aborted) {
+  boost::shared_ptr<cSCIP2RecordListener> released;  // before the lock, see startScan
   boost::mutex::scoped_lock guard(scanMutex);
-  if (scanListener != aborted) return result;  // another thread has aborted it, and may scan anew
+  if (scanListener != aborted) return;  // another thread has aborted it and may have a new scan
   released.swap(lastScanListener);
   lastScanListener.swap(scanListener);
-  return result;
+}
+
+/// Converts all records of an aborted scan, since no later call could. Rethrows what one of them
+/// threw when the others are converted.
+void cSensorDriverSCIP2::convertAll(cSCIP2RecordListener& aborted) {
+  std::exception_ptr fault;
+  while (aborted.hasRecords()) {
+    try {
+      convertWaiting(aborted);
+    } catch (...) {
+      fault = std::current_exception();
+    }
+  }
+  aborted.discardFurther();  // a sensor that missed "QT" goes on, and no call could take its scans
+  if (fault) std::rethrow_exception(fault);
 }
 
 bool cSensorDriverSCIP2::isScanning() { return static_cast<bool>(getScanListener()); }
@@ -89,7 +122,7 @@ int cSensorDriverSCIP2::scansToGo() { return -1; }
 
 int cSensorDriverSCIP2::getStoredScan(int firstStep, int lastStep, int clusterCount,
                                       int maxDistance) {
-  const char* const command = maxDistance > LONGEST_OF_TWO_CHARACTERS ? "GD" : "GS";
+  const char* const command = isWide(maxDistance) ? "GD" : "GS";
   setAngles(firstStep, lastStep, clusterCount);
   logScanParameters();
   char line[COMMAND_SIZE];
@@ -111,7 +144,7 @@ void cSensorDriverSCIP2::setAngles(int firstStep, int lastStep, int clusterCount
 }
 
 void cSensorDriverSCIP2::logScanParameters() {
-  std::ostringstream parameters;
+  std::ostringstream parameters;  // one line is one insertion: other threads' messages stay outside
   {
     boost::mutex::scoped_lock guard(scanMutex);
     parameters << "Scan points parameter step:" << FULL_TURN / getNumSpot() << " skip:" << angleStep
@@ -173,9 +206,14 @@ bool cSensorDriverSCIP2::tryRecordToScan() {
     std::cerr << "tryRecordToScan :: no listener ready." << std::endl;
     return false;
   }
+  return convertWaiting(*listener);
+}
+
+/// The last record's result; false for none.
+bool cSensorDriverSCIP2::convertWaiting(cSCIP2RecordListener& listener) {
   bool isConverted = false;
-  while (listener->hasRecords()) {
-    const boost::shared_ptr<cSCIPRecord> record = listener->waitRecord(WAITING_RECORD_TIMEOUT);
+  while (listener.hasRecords()) {
+    const boost::shared_ptr<cSCIPRecord> record = listener.waitRecord(WAITING_RECORD_TIMEOUT);
     if (record) isConverted = pushScanRecord(record);
   }
   return isConverted;
@@ -184,14 +222,15 @@ bool cSensorDriverSCIP2::tryRecordToScan() {
 bool cSensorDriverSCIP2::pushScanRecord(boost::shared_ptr<cSCIPRecord> record) {
   std::string_view body = record->body;
   std::string_view line;
-  if (!takeLine(body, line)) return true;
-  if (!takeSum(line, false)) return false;
-  static_cast<void>(decode6bit(std::string(line), 4).at(0));  // the sensor's clock: raises for none
+  if (!nextLine(body, line)) return true;
+  if (!stripChecksum(line, false)) return false;
+  // The sensor's own clock. Not used, but a record without one is not a scan's: at() throws.
+  static_cast<void>(decode6bit(std::string(line), 4).at(0));
   std::string data;
   data.reserve(body.size());
-  while (takeLine(body, line)) {
-    if (!takeSum(line, false)) return false;
-    data += line;  // a reading may run across a line break
+  while (nextLine(body, line)) {
+    if (!stripChecksum(line, false)) return false;
+    data += line;  // a reading may continue on the next line
   }
   if (data.empty()) return true;
   const bool isThreeCharacters = record->echo.size() > 1 && record->echo[1] == 'D';
