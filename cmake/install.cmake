@@ -1,9 +1,12 @@
-# What `cmake --install` puts where, by component: runtime (the shared library), development (what
-# compiles and links against it) and tools (in tools/). All of it may be moved afterwards.
+# What `cmake --install` puts where, by component: runtime and scanner (a shared library each), development
+# (what compiles and links against them) and tools (in tools/). All of it may be moved afterwards.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS tarvolink EXPORT tarvolinkTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
+set_target_properties(tarvoscan PROPERTIES INSTALL_RPATH "\$ORIGIN")  # the driver is beside it
+install(TARGETS tarvoscan EXPORT tarvolinkTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT scanner NAMELINK_COMPONENT development)
 
 # All but the headers that only the sources include.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/tarvolink
@@ -11,9 +14,13 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/tarvolink
   FILES_MATCHING PATTERN "*.h"
   PATTERN "cSCIP2Claim.h" EXCLUDE
   PATTERN "cSCIPRecordReader.h" EXCLUDE
-  PATTERN "checkedLine.h" EXCLUDE
+  PATTERN "checksum.h" EXCLUDE
   PATTERN "decimal.h" EXCLUDE
   PATTERN "geometry.h" EXCLUDE)
+
+file(GLOB TARVOSCAN_HEADERS ${PROJECT_SOURCE_DIR}/tarvoscan/*.h)
+install(FILES ${TARVOSCAN_HEADERS}
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarvolink-2.0/tarvoscan COMPONENT development)
 
 set(TARVO_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/tarvolink)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/tarvolinkConfig.cmake.in
@@ -36,5 +43,6 @@ cmake_path(APPEND TARVO_PC_LIBDIR "${CMAKE_INSTALL_LIBDIR}")
 set(TARVO_PC_INCLUDEDIR "\${prefix}")
 cmake_path(APPEND TARVO_PC_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}")
 configure_file(cmake/tarvolink.pc.in ${PROJECT_BINARY_DIR}/tarvolink-2.0.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/tarvolink-2.0.pc
+configure_file(cmake/tarvoscan.pc.in ${PROJECT_BINARY_DIR}/tarvoscan-1.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/tarvolink-2.0.pc ${PROJECT_BINARY_DIR}/tarvoscan-1.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
