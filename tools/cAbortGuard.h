@@ -5,7 +5,7 @@
 
 namespace tool {
 
-/// Ends the process in its own words while there is a SCIP 1.x driver.
+/// Ends the process with a message of its own while there is a SCIP 1.x driver.
 ///
 /// Such an answer has no sums: one that is cut short or damaged shows by its number of points
 /// alone, and then the library ends the process by a failed assertion (SIGABRT), since it may be

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "tools/printable.h"
+
 namespace tool {
 
 namespace {
@@ -53,7 +55,7 @@ std::string cAccess::getCure() const {
     return fmt::format(
         "Only {} may, and no group but the superuser's: 'sudo chmod a+rw {}' opens it to all until "
         "it is plugged in again.",
-        owner, device);
+        owner, oneLine(device));
   }
   if (isMember(geteuid(), status.st_gid)) {
     return fmt::format(

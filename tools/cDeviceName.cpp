@@ -6,6 +6,7 @@
 
 #include "tools/cFailure.h"
 #include "tools/cSerialDevice.h"
+#include "tools/printable.h"
 
 namespace tool {
 
@@ -30,12 +31,12 @@ const std::map<std::string, eSimDialect>& simDialects() {
   return dialects;
 }
 
-cDeviceName::cDeviceName(const cDeviceWish& wish)
-    : text(wish.device.empty() ? defaultDevice() : wish.device),
-      speed(wish.speed),
+cDeviceName::cDeviceName(const cDeviceOptions& options)
+    : text(options.device.empty() ? defaultDevice() : options.device),
+      speed(options.speed),
       simulated(text.rfind(SIM_PREFIX, 0) == 0) {
   if (text + ":" == SIM_PREFIX) {
-    throw cFailure(eExit::BAD_INPUT, "a simulated sensor is \"sim:\", with the colon.");
+    throw cFailure(eExit::BAD_INPUT, "there is no device \"sim\": did you mean \"sim:\"?");
   }
   if (!simulated) return;
   std::istringstream words(text.substr(SIM_PREFIX.size()));
@@ -56,7 +57,7 @@ void cDeviceName::choose(const std::string& word) {
                    fmt::format("there is no simulated sensor \"{}\": \"{}\" is no model and no "
                                "dialect. Give sim:short, sim:middle or sim:long, and after a "
                                "comma scip2, scip1 or scip1-switch.",
-                               text, word));
+                               oneLine(text), oneLine(word)));
   }
 }
 

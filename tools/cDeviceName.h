@@ -12,7 +12,7 @@ const std::map<std::string, eSimModel>& simModels();
 const std::map<std::string, eSimDialect>& simDialects();
 
 /// Where the user says that the sensor is.
-struct cDeviceWish {
+struct cDeviceOptions {
   std::string device;  ///< "": the default one
   int speed = 0;       ///< the line speed to look at, bits per second; 0: the usual ones
 };
@@ -21,9 +21,9 @@ struct cDeviceWish {
 /// ["," dialect], such as "sim:long" or "sim:short,scip1".
 class cDeviceName {
  public:
-  /// Reads `wish`; see `defaultDevice` for none. Throws `cFailure` for a model or dialect that
+  /// Reads `options`; see `defaultDevice` for none. Throws `cFailure` for a model or dialect that
   /// does not exist. Nothing is opened.
-  explicit cDeviceName(const cDeviceWish& wish);
+  explicit cDeviceName(const cDeviceOptions& options);
 
   bool isSimulated() const { return simulated; }
 

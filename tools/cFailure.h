@@ -3,17 +3,17 @@
 #include <stdexcept>
 #include <string>
 
-#include "tools/notice.h"
+#include "tools/printMessage.h"
 
 namespace tool {
 
 /// The program's exit statuses: part of its contract, scripts depend on them.
 enum class eExit {
-  SUCCESS = 0,        ///< all done, or ended by a signal or a reader who had enough
+  SUCCESS = 0,        ///< all done, or the end of a run without a count
   BAD_INPUT = 1,      ///< an option's value, a file or the device is at fault
   USAGE = 2,          ///< the command line cannot be understood
   NO_SENSOR = 3,      ///< nothing answers on the device
-  SCANS_STOPPED = 4,  ///< a running scan dried up
+  SCANS_STOPPED = 4,  ///< scans stopped arriving
 };
 
 /// Ends the command: `what()` is the sentence for the user (what was tried, what happened,
@@ -23,21 +23,20 @@ class cFailure : public std::runtime_error {
   cFailure(eExit exitStatus, const std::string& message)
       : std::runtime_error(message), status(exitStatus) {}
 
-  /// Says it to the user, once however often it is called: early where cleaning up takes long.
-  void say() {
-    if (!isSaid) notice(what());
-    isSaid = true;
+  /// Prints it for the user, once however often it is called: early where cleaning up takes long.
+  void report() {
+    if (!isReported) printMessage(what());
+    isReported = true;
   }
 
   const eExit status;
 
  private:
-  bool isSaid = false;
+  bool isReported = false;
 };
 
-/// One of the device's or the sensor's, which may be over by itself later: what `--reconnect`
-/// waits out.
-class cPassingFailure : public cFailure {
+/// A failure of the device or the sensor that may end by itself: `--reconnect` waits for that.
+class cTransientError : public cFailure {
  public:
   using cFailure::cFailure;
 };

@@ -6,6 +6,9 @@
 #include <sstream>
 #include <vector>
 
+#include "tools/plural.h"
+#include "tools/printable.h"
+
 namespace tool {
 
 namespace {
@@ -36,6 +39,7 @@ eHeard kindOf(const cTraffic& traffic) {
     const bool isEcho = std::all_of(lines.begin(), lines.end(), isOwn);
     return isEcho ? eHeard::OWN_WORDS : eHeard::ANSWER;
   }
+  if (lines.empty()) return eHeard::LINE_ENDS;
   const std::string& text = traffic.received;
   return std::all_of(text.begin(), text.end(), isText) ? eHeard::TEXT : eHeard::GARBAGE;
 }
@@ -55,13 +59,16 @@ std::string cHeard::getText() const {
     case eHeard::NOTHING:
       break;
     case eHeard::GARBAGE:
-      return fmt::format("garbage ({} bytes)", size);
+      return fmt::format("garbage ({})", plural(size, "byte"));
+    case eHeard::LINE_ENDS:
+      return fmt::format("line ends alone ({})", plural(size, "byte"));
     case eHeard::TEXT:
-      return fmt::format("text that is no answer, \"{}\" ({} bytes)", sample, size);
+      return fmt::format("text that is no answer, \"{}\" ({})", oneLine(sample),
+                         plural(size, "byte"));
     case eHeard::OWN_WORDS:
-      return "what was sent, and nothing else";
+      return "only an echo of what was sent";
     case eHeard::ANSWER:
-      return fmt::format("an answer in part ({} bytes)", size);
+      return fmt::format("an answer in part ({})", plural(size, "byte"));
   }
   return "nothing";
 }
@@ -70,11 +77,13 @@ std::string causeOf(eHeard best) {
   switch (best) {
     case eHeard::NOTHING:
       break;
+    case eHeard::LINE_ENDS:
     case eHeard::GARBAGE:
-      return "Something talks there at another speed, or it is no such sensor. If you know the "
-             "sensor's speed, give it (--speed); 'tarvolink list' shows the other devices.";
+      return "Something talks there at another speed, or the device is something else. If you "
+             "know the sensor's speed, give it (--speed); 'tarvolink list' shows the other "
+             "devices.";
     case eHeard::TEXT:
-      return "Another kind of device talks there: 'tarvolink list' shows the other ones.";
+      return "Another kind of device talks there: 'tarvolink list' shows the other devices.";
     case eHeard::OWN_WORDS:
       return "The line's two data wires touch, or another kind of device echoes: look at the plug, "
              "and at the other devices ('tarvolink list').";

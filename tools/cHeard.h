@@ -7,7 +7,7 @@
 namespace tool {
 
 /// What kind of bytes came when a sensor was asked; the later ones tell more of the cause.
-enum class eHeard { NOTHING, GARBAGE, TEXT, OWN_WORDS, ANSWER };
+enum class eHeard { NOTHING, LINE_ENDS, GARBAGE, TEXT, OWN_WORDS, ANSWER };
 
 /// What a line said at one speed while a sensor was looked for. Plain text to text, no device.
 class cHeard {

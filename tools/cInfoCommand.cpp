@@ -3,10 +3,11 @@
 #include <fmt/format.h>
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <vector>
 
+#include "tools/cBrokenPipeWatch.h"
 #include "tools/cOutput.h"
-#include "tools/cReaderWatch.h"
 #include "tools/cSensor.h"
 #include "tools/deviceOptions.h"
 #include "tools/printable.h"
@@ -23,8 +24,8 @@ struct cFact {
   const char* unit;
 };
 
-/// A number that is 0 where the sensor has not told it.
-nlohmann::ordered_json told(int number) {
+/// A number that is 0 where the sensor has not reported it.
+nlohmann::ordered_json nullIfZero(int number) {
   return number == 0 ? nlohmann::ordered_json() : nlohmann::ordered_json(number);
 }
 
@@ -44,15 +45,15 @@ std::vector<cFact> factsOf(const std::string& device, const cSensor& sensor) {
           {"Shortest distance", "min_distance_mm", info.getMinDist(), " mm"},
           {"Longest distance", "max_distance_mm", info.getMaxDist(), " mm"},
           {"Steps per turn", "steps_per_turn", info.getNumSpot(), ""},
-          {"Speed", "speed_rpm", told(info.getScanSpeed()), " rpm"},
+          {"Speed", "speed_rpm", nullIfZero(info.getScanSpeed()), " rpm"},
           {"Line speed found", "line_speed_bps", sensor.getLineSpeed(), " bits/s"}};
 }
 
 std::string toText(const cFact& fact) {
   const bool isText = fact.value.is_string();
-  const bool isTold = isText ? !fact.value.get<std::string>().empty() : !fact.value.is_null();
-  if (!isTold) return "(not told)";
-  return (isText ? printable(fact.value.get<std::string>()) : fact.value.dump()) + fact.unit;
+  const bool isKnown = isText ? !fact.value.get<std::string>().empty() : !fact.value.is_null();
+  if (!isKnown) return "(unknown)";
+  return (isText ? sanitized(fact.value.get<std::string>()) : fact.value.dump()) + fact.unit;
 }
 
 std::string toText(const std::vector<cFact>& facts) {
@@ -73,18 +74,18 @@ std::string toJson(const std::vector<cFact>& facts) {
 }  // namespace
 
 cInfoCommand::cInfoCommand(CLI::App& app)
-    : iCommand(app.add_subcommand("info", "Show what a sensor tells of itself")) {
-  addDeviceOptions(*declaration, wish);
+    : iCommand(app.add_subcommand("info", "Show what a sensor reports about itself")) {
+  addDeviceOptions(*declaration, options);
   declaration->add_flag("--json", json, "One JSON object instead of lines");
 }
 
-void cInfoCommand::run() {
-  const cDeviceName name(wish);
-  cStop stop;
+void cInfoCommand::run(cShutdown& stop) {
+  const cDeviceName name(options);
   cOutput output("", stop);
-  const cReaderWatch reader(output, stop);
+  std::optional<cBrokenPipeWatch> reader(std::in_place, output, stop);
   const cSensor sensor(name, stop);
   const auto facts = factsOf(name.getText(), sensor);
+  reader.reset();  // one who leaves once all is written has got it
   output.write(json ? toJson(facts) : toText(facts));
 }
 

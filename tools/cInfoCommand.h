@@ -10,10 +10,10 @@ class cInfoCommand : public iCommand {
  public:
   explicit cInfoCommand(CLI::App& app);
 
-  void run() override;
+  void run(cShutdown& stop) override;
 
  private:
-  cDeviceWish wish;
+  cDeviceOptions options;
   bool json = false;
 };
 

@@ -5,12 +5,12 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "tools/cBrokenPipeWatch.h"
 #include "tools/cFailure.h"
 #include "tools/cOutput.h"
-#include "tools/cReaderWatch.h"
 #include "tools/cSensor.h"
 #include "tools/cSerialDevice.h"
-#include "tools/notice.h"
+#include "tools/printMessage.h"
 #include "tools/printable.h"
 
 namespace tool {
@@ -30,10 +30,10 @@ struct cRow {
   std::optional<cFinding> finding;  // empty: not probed
 };
 
-cFinding probe(const std::string& path, cStop& stop) {
+cFinding probe(const std::string& path, cShutdown& stop) {
   try {
     const cSensor sensor(cDeviceName({path, 0}), stop);
-    return {printable(sensor.info().getProd()), sensor.getDialect(), sensor.getLineSpeed(), ""};
+    return {sanitized(sensor.info().getProd()), sensor.getDialect(), sensor.getLineSpeed(), ""};
   } catch (const cFailure& failure) {
     return {"", "", 0, failure.what()};
   }
@@ -46,12 +46,12 @@ std::string toText(const cFinding& finding) {
 
 std::string toText(const cRow& row) {
   const cAccess& access = row.device.getAccess();
-  std::string text = row.device.getPath() + "\n";
+  std::string text = oneLine(row.device.getPath()) + "\n";
   const auto add = [&text](const char* label, const std::string& value) {
     if (!value.empty()) text += fmt::format("  {:<9}{}\n", label, value);
   };
-  add("by id", row.device.getById());
-  add("by path", row.device.getByPath());
+  add("by id", oneLine(row.device.getById()));
+  add("by path", oneLine(row.device.getByPath()));
   add("owner", fmt::format("{}, group {}", access.getOwner(), access.getGroup()));
   add("you", access.mayOpen() ? "may open it" : "may not open it. " + access.getCure());
   add("held by", row.device.getHolders().empty() ? "" : toText(row.device.getHolders()));
@@ -99,10 +99,10 @@ cListCommand::cListCommand(CLI::App& app)
       "choose a default DEVICE from, in place of those that the system knows.");
 }
 
-void cListCommand::run() {
-  cStop stop;
+void cListCommand::run(cShutdown& stop) {
   cOutput output("", stop);
-  const cReaderWatch reader(output, stop);
+  std::optional<cBrokenPipeWatch> reader;  // else the next write finds out
+  if (isProbing) reader.emplace(output, stop);
   auto array = nlohmann::ordered_json::array();
   const auto devices = cSerialDevice::all();
   for (const cSerialDevice& device : devices) {
@@ -116,7 +116,7 @@ void cListCommand::run() {
       output.write(toText(row));
     }
   }
-  if (devices.empty()) notice("no serial device here; 'sim:' is a simulated sensor");
+  if (devices.empty()) printMessage("no serial device here; 'sim:' is a simulated sensor");
   using cHandler = nlohmann::ordered_json::error_handler_t;
   if (json) output.write(array.dump(2, ' ', true, cHandler::replace) + "\n");
 }

@@ -9,7 +9,7 @@ class cListCommand : public iCommand {
  public:
   explicit cListCommand(CLI::App& app);
 
-  void run() override;
+  void run(cShutdown& stop) override;
 
  private:
   bool json = false;

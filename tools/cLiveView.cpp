@@ -14,17 +14,17 @@ constexpr auto PAUSED_HELP = "PAUSED: space goes on, + - zoom, 0 fit, q quit";
 
 }  // namespace
 
-cLiveView::cLiveView(const cSensor& sensor, const cScanRange& wanted, cScanRun& run,
+cLiveView::cLiveView(const cSensor& sensor, const cScanRange& range, cScanRun& run,
                      cRateMeter& rates)
-    : range(wanted), scans(run), meter(rates), zoom(sensor.info().getMaxDist()) {
-  status.sensor = printable(sensor.info().getProd());
+    : range(range), scans(run), meter(rates), zoom(sensor.info().getMaxDist()) {
+  status.sensor = sanitized(sensor.info().getProd());
   status.dialect = sensor.getDialect();
   status.lineSpeed = sensor.getLineSpeed();
 }
 
-void cLiveView::drawOnce(cOutput& output, const cStop& stop) {
+std::string cLiveView::drawOnce(const cOutput& output, const cShutdown& stop) {
   while (meter.getTotal() < SCANS_FOR_RATE && !stop.isRequested()) take(KEY_MS);
-  if (!shown) return;
+  if (!shown) return "";
   size = cTerminalSize::of(output.getDescriptor());
   if (output.isTerminal()) {
     palette = cPalette(terminalColours());
@@ -32,16 +32,16 @@ void cLiveView::drawOnce(cOutput& output, const cStop& stop) {
   }
   std::string text;
   for (const std::string& line : frame("")) text += line + "\n";
-  output.write(text);
+  return text;
 }
 
-void cLiveView::run(cOutput& output, cStop& stop) {
+void cLiveView::run(cOutput& output, cShutdown& stop) {
   palette = cPalette(terminalColours());
   cTerminal terminal(output, stop);
   while (!isOver && !stop.isRequested()) {
     showIfDue(terminal, cTerminalSize::of(output.getDescriptor()));
     take(KEY_MS);
-    for (const char key : terminal.takeKeys()) press(key);
+    for (const char key : terminal.readKeys()) press(key);
   }
 }
 
@@ -60,9 +60,9 @@ void cLiveView::press(char key) {
   switch (key) {
     case '+':
     case '=':  // the same key without shift
-      return zoom.closer();
+      return zoom.zoomIn();
     case '-':
-      return zoom.farther();
+      return zoom.zoomOut();
     case '0':
       zoom.fit();
       if (shown) zoom.follow(*shown);  // a paused picture too

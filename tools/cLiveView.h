@@ -18,14 +18,15 @@ namespace tool {
 class cLiveView {
  public:
   /// All must outlive it.
-  cLiveView(const cSensor& sensor, const cScanRange& wanted, cScanRun& run, cRateMeter& rates);
+  cLiveView(const cSensor& sensor, const cScanRange& range, cScanRun& run, cRateMeter& rates);
 
-  /// Draws one picture as soon as the rate is known, and ends. Throws as `cScanRun::next`.
-  void drawOnce(cOutput& output, const cStop& stop);
+  /// One picture for `output`, as soon as the rate is known; "" where `stop` comes before the first
+  /// scan. Throws as `cScanRun::nextWithin`.
+  std::string drawOnce(const cOutput& output, const cShutdown& stop);
 
   /// Goes on until a key or `stop` ends it. Throws as `cScanRun::next`; the terminal is given back
   /// first.
-  void run(cOutput& output, cStop& stop);
+  void run(cOutput& output, cShutdown& stop);
 
  private:
   using cClock = std::chrono::steady_clock;

@@ -11,7 +11,8 @@
 #include <climits>
 
 #include "tools/cFailure.h"
-#include "tools/replaceFile.h"
+#include "tools/printable.h"
+#include "tools/writeAtomically.h"
 
 namespace tool {
 
@@ -27,22 +28,39 @@ int takeStandardOutput() {
 }
 
 /// Pipes and devices are written to as they are.
-bool isToReplace(const std::string& file) {
+bool isRegularFile(const std::string& file) {
   struct stat older {};
   if (file.empty()) return false;
   return stat(file.c_str(), &older) != 0 || S_ISREG(older.st_mode) || S_ISDIR(older.st_mode);
 }
 
-int openDirect(const std::string& file, bool isReplacing, cStop& stop) {
-  const cStop::cAtOnce nothingToStop(stop);
-  const int given =
+/// Such as a sensor's port. Opened without waiting for a carrier.
+bool isOtherTerminal(const std::string& file) {
+  struct stat device {};
+  struct stat output {};
+  if (stat(file.c_str(), &device) != 0 || !S_ISCHR(device.st_mode)) return false;
+  if (fstat(STDOUT_FILENO, &output) == 0 && output.st_rdev == device.st_rdev) return false;
+  const cDescriptor opened(open(file.c_str(), O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+  return opened.get() >= 0 && isatty(opened.get()) != 0;
+}
+
+[[noreturn]] void failForDevice(const std::string& path, const char* what) {
+  throw cFailure(eExit::BAD_INPUT,
+                 fmt::format("cannot write to {}: it is {}. Give a file, or - for standard output.",
+                             oneLine(path), what));
+}
+
+int openDirect(const std::string& file, bool isReplacing, cShutdown& stop) {
+  const cShutdown::cExitImmediately exitImmediately(stop);
+  if (isOtherTerminal(file)) failForDevice(file, "a terminal or a serial device");
+  const int opened =
       file.empty() || isReplacing ? -1 : open(file.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
   const int error = errno;
   const int standardOutput = takeStandardOutput();
   if (file.empty()) return standardOutput;
   close(standardOutput);
   errno = error;
-  return given;
+  return opened;
 }
 
 /// So is what was closed when the program started.
@@ -50,22 +68,22 @@ bool isReadOnly(int fd) { return (fcntl(fd, F_GETFL) & O_ACCMODE) == O_RDONLY; }
 
 }  // namespace
 
-cOutput::cOutput(const std::string& path, cStop& ender)
-    : stop(ender),
+cOutput::cOutput(const std::string& path, cShutdown& stop)
+    : stop(stop),
       name(path.empty() ? "standard output" : path),
-      isReplacing(isToReplace(path)),
-      direct(openDirect(path, isReplacing, ender)) {
+      isReplacing(isRegularFile(path)),
+      direct(openDirect(path, isReplacing, stop)) {
   if (isReplacing) {
-    checkReplaceable(name);
+    checkWritable(name);
   } else if (direct.get() < 0) {
     fail();
   } else if (isReadOnly(direct.get())) {
-    failToWrite(name, EBADF);
+    throwWriteError(name, EBADF);
   }
 }
 
 void cOutput::write(std::string_view text) {
-  if (isReplacing && !file) file = std::make_unique<cFileBeside>(name);
+  if (isReplacing && !file) file = std::make_unique<cAtomicFile>(name);
   while (!text.empty() && !over) {
     if (waitFor(POLL_MS) == 0) {
       over = stop.isRequested();
@@ -78,14 +96,23 @@ void cOutput::write(std::string_view text) {
       text.remove_prefix(static_cast<std::size_t>(written));
     } else if (errno == EPIPE || (errno == EIO && (waitFor(0) & POLLHUP) != 0)) {
       over = true;
+      stop.requestByReader();
     } else if (errno != EINTR && errno != EAGAIN) {
       fail();
     }
   }
 }
 
+void cOutput::refuseDevice(const std::string& path) const {
+  struct stat device {};
+  struct stat own {};
+  if (!isTerminal() || stat(path.c_str(), &device) != 0) return;
+  if (fstat(getDescriptor(), &own) != 0 || device.st_rdev != own.st_rdev) return;
+  failForDevice(name, "the device that the scans come from");
+}
+
 void cOutput::finish() {
-  if (file) file->takePlace();
+  if (file) file->commit();
 }
 
 bool cOutput::isTerminal() const { return isatty(getDescriptor()) != 0; }
@@ -98,6 +125,6 @@ short cOutput::waitFor(int milliseconds) const {
   return poll(&descriptor, 1, milliseconds) > 0 ? descriptor.revents : short(0);
 }
 
-void cOutput::fail() const { failToWrite(name, errno); }
+void cOutput::fail() const { throwWriteError(name, errno); }
 
 }  // namespace tool

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
+#include "tools/cAtomicFile.h"
 #include "tools/cDescriptor.h"
-#include "tools/cFileBeside.h"
-#include "tools/cStop.h"
+#include "tools/cShutdown.h"
 
 namespace tool {
 
@@ -19,27 +19,35 @@ namespace tool {
 class cOutput {
  public:
   /// Looks whether `file` can be written, and waits for a FIFO's reader; "" is standard output.
-  /// `ender` tells when to give up a reader who takes nothing. Throws `cFailure` when it cannot;
-  /// what is there is untouched.
-  cOutput(const std::string& file, cStop& ender);
+  /// `stop` says when to give up a reader who takes nothing. Throws `cFailure` when it cannot, and
+  /// for another terminal than that of standard output; what is there is untouched.
+  cOutput(const std::string& file, cShutdown& stop);
   cOutput(const cOutput&) = delete;
   cOutput& operator=(const cOutput&) = delete;
 
-  /// Writes all of `text`. Once the reader has closed its end (EPIPE, or EIO of a terminal), or
-  /// when a stop is requested while the reader takes nothing, the rest is given up, and all that
-  /// comes later: see `cReaderWatch`. Throws `cFailure` on any other error.
+  /// Writes all of `text`. Once the reader has closed its end (EPIPE, or EIO of a terminal), which
+  /// requests shutdown, or when that is requested while the reader takes nothing, the rest is given
+  /// up, and all that comes later. Throws `cFailure` on any other error.
   void write(std::string_view text);
 
   /// Puts a file in its place; nothing may be written afterwards. Throws `cFailure` when it cannot.
   void finish();
 
   /// Where a file is until it is finished; "" when there is none.
-  std::string getUnfinished() const { return file ? file->getName() : ""; }
+  std::string getTemporary() const { return file ? file->getName() : ""; }
 
   /// Leaves an unfinished file there instead of removing it.
-  void keepUnfinished() {
-    if (file) file->keep();
+  void keepTemporary() {
+    if (file) file->keepTemporary();
   }
+
+  /// Removes an unfinished file. Nothing may be written afterwards. Any thread.
+  void discard() {
+    if (file) file->discard();
+  }
+
+  /// Throws `cFailure` when what is written to is the serial device at `path`.
+  void refuseDevice(const std::string& path) const;
 
   /// True when it is a terminal.
   bool isTerminal() const;
@@ -51,11 +59,11 @@ class cOutput {
   short waitFor(int milliseconds) const;
   [[noreturn]] void fail() const;
 
-  const cStop& stop;
+  cShutdown& stop;
   const std::string name;
   const bool isReplacing;
   const cDescriptor direct;  // -1 when a file is to be replaced
-  std::unique_ptr<cFileBeside>
+  std::unique_ptr<cAtomicFile>
       file;  // from the first write on, or no failed search would leave one
   bool over = false;
 };

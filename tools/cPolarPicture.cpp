@@ -8,19 +8,19 @@ namespace tool {
 namespace {
 
 constexpr double PI = 3.14159265358979323846;
-constexpr int MOST_RINGS = 5;
-constexpr int ROWS_A_RING = 2;   // its label and a free row
-constexpr double RING_DOTS = 4;  // from one dot of a ring to the next
-constexpr double RAY_DOTS = 3;
+constexpr int MAX_RINGS = 5;
+constexpr int ROWS_A_RING = 2;          // its label and a free row
+constexpr double RING_DOT_SPACING = 4;  // from one dot of a ring to the next
+constexpr double RAY_DOT_SPACING = 3;
 
 int rounded(double dots) { return static_cast<int>(std::lround(dots)); }
 
 }  // namespace
 
-cPolarPicture::cPolarPicture(int columnCount, int rowCount, const cPolarScale& wanted)
+cPolarPicture::cPolarPicture(int columnCount, int rowCount, const cPolarScale& scale)
     : columns(std::max(columnCount, 0)),
       rows(std::max(rowCount, 0)),
-      scale(wanted),
+      scale(scale),
       middleColumn(columns / 2),
       middleRow(rows / 2),
       middleX(middleColumn * cBrailleCanvas::DOTS_ACROSS + 0.5),
@@ -29,10 +29,10 @@ cPolarPicture::cPolarPicture(int columnCount, int rowCount, const cPolarScale& w
                                         rows * cBrailleCanvas::DOTS_DOWN - 1 - middleY))),
       dotsPerMillimetre(dotsToEdge / scale.getReach()),
       canvas(columns, rows),
-      ringed(scale.getReach()) {}
+      outermost(scale.getReach()) {}
 
 int cPolarPicture::mostRings() const {
-  return std::clamp((rows - middleRow) / ROWS_A_RING, 1, MOST_RINGS);
+  return std::clamp((rows - middleRow) / ROWS_A_RING, 1, MAX_RINGS);
 }
 
 void cPolarPicture::draw(const cScan& readings) {
@@ -47,16 +47,16 @@ void cPolarPicture::drawReading(const cScanPoint& point) {
   const int x = rounded(middleX + position.right);
   const int y = rounded(middleY - position.up);
   if (!canvas.holds(x, y)) {
-    ++farther;
+    ++outside;
     return;
   }
   canvas.readingDot(x, y, point.distance / scale.getReach());
-  ringed = std::max(ringed, point.distance);
+  outermost = std::max(outermost, point.distance);
 }
 
 void cPolarPicture::drawGrid() {
   const double step = getRingStep();
-  const int rings = static_cast<int>(ringed / step);
+  const int rings = static_cast<int>(outermost / step);
   for (int ring = 1; ring <= rings; ++ring) drawRing(ring * step);
   for (int ring = 1; ring <= rings; ++ring) labelRing(ring * step);
   canvas.write(middleColumn, middleRow, std::vector<std::string>{"▲"});
@@ -64,7 +64,7 @@ void cPolarPicture::drawGrid() {
 
 void cPolarPicture::drawRing(double distance) {
   const double radius = distance * dotsPerMillimetre;
-  const int count = std::max(8, rounded(2 * PI * radius / RING_DOTS));
+  const int count = std::max(8, rounded(2 * PI * radius / RING_DOT_SPACING));
   for (int i = 0; i < count; ++i) {
     const cPosition dot = positionAt(radius, 2 * PI * i / count);
     canvas.gridDot(rounded(middleX + dot.right), rounded(middleY - dot.up));
@@ -72,9 +72,9 @@ void cPolarPicture::drawRing(double distance) {
 }
 
 void cPolarPicture::drawRay(double angle) {
-  const int dots = static_cast<int>(dotsToEdge / RAY_DOTS);
+  const int dots = static_cast<int>(dotsToEdge / RAY_DOT_SPACING);
   for (int i = 1; i <= dots; ++i) {
-    const cPosition dot = positionAt(i * RAY_DOTS, angle);
+    const cPosition dot = positionAt(i * RAY_DOT_SPACING, angle);
     canvas.gridDot(rounded(middleX + dot.right), rounded(middleY - dot.up));
   }
 }

@@ -12,8 +12,8 @@ namespace tool {
 /// labels, the limits of its view, and the readings. It knows no terminal.
 class cPolarPicture {
  public:
-  /// An empty picture; `wanted` says what its shorter side reaches.
-  cPolarPicture(int columnCount, int rowCount, const cPolarScale& wanted);
+  /// An empty picture; `scale` says what its shorter side covers.
+  cPolarPicture(int columnCount, int rowCount, const cPolarScale& scale);
 
   /// Draws `readings`, a scan of which only the points that are distances are left, then the
   /// grid. Once a picture.
@@ -23,7 +23,7 @@ class cPolarPicture {
   void drawGrid();
 
   /// Readings that lay outside.
-  int getFarther() const { return farther; }
+  int countOutside() const { return outside; }
 
   /// The distance between two rings, millimetres.
   double getRingStep() const { return scale.getRingStep(mostRings()); }
@@ -48,8 +48,9 @@ class cPolarPicture {
   const double dotsToEdge;
   const double dotsPerMillimetre;
   cBrailleCanvas canvas;
-  double ringed;  // the distance that rings go up to: the reach, or the farthest reading in sight
-  int farther = 0;
+  double
+      outermost;  // the distance that rings go up to: the reach, or the farthest reading in sight
+  int outside = 0;
 };
 
 }  // namespace tool

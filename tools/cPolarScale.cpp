@@ -23,7 +23,7 @@ cPosition positionAt(double distance, double angle) {
 
 cPolarScale::cPolarScale(int wanted) : place(std::clamp(wanted, FIRST, LAST)) {}
 
-cPolarScale cPolarScale::reaching(double millimetres) {
+cPolarScale cPolarScale::covering(double millimetres) {
   cPolarScale scale(FIRST);
   while (scale.getReach() < millimetres && scale.place < LAST) ++scale.place;
   return scale;
@@ -34,10 +34,10 @@ double cPolarScale::getReach() const {
          std::pow(10, place / FIGURE_COUNT);
 }
 
-double cPolarScale::getRingStep(int most) const {
+double cPolarScale::getRingStep(int maxRings) const {
   for (double decade = 1;; decade *= 10) {
     for (const double figure : {1, 2, 5}) {
-      if (getReach() / (figure * decade) <= std::max(most, 1)) return figure * decade;
+      if (getReach() / (figure * decade) <= std::max(maxRings, 1)) return figure * decade;
     }
   }
 }

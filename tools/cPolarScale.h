@@ -19,18 +19,18 @@ cPosition positionAt(double distance, double angle);
 /// the rings read well at every zoom. A plain value.
 class cPolarScale {
  public:
-  /// The smallest scale that reaches as far as `millimetres`, or the largest of all.
-  static cPolarScale reaching(double millimetres);
+  /// The smallest scale that covers `millimetres`, or the largest of all.
+  static cPolarScale covering(double millimetres);
 
   /// The distance at the drawing's edge, millimetres: from 100 mm to 100 m.
   double getReach() const;
 
-  /// The distance between two rings, millimetres, with `most` (at least 1) rings or fewer.
-  double getRingStep(int most) const;
+  /// The distance between two rings, millimetres, with at most `maxRings` (at least 1).
+  double getRingStep(int maxRings) const;
 
   /// One scale closer in, or farther out; at the end of the row the same.
-  cPolarScale closer() const { return cPolarScale(place - 1); }
-  cPolarScale farther() const { return cPolarScale(place + 1); }
+  cPolarScale zoomIn() const { return cPolarScale(place - 1); }
+  cPolarScale zoomOut() const { return cPolarScale(place + 1); }
 
  private:
   explicit cPolarScale(int wanted);

@@ -15,13 +15,16 @@
 #include "tools/cAccess.h"
 #include "tools/cFailure.h"
 #include "tools/holders.h"
+#include "tools/printable.h"
 
 namespace tool {
 
 namespace {
 
-// A program that has just ended, or that has found this one's lock, is off the port soon.
+// A program that has just ended is off the port soon; one that was started at the same moment is
+// when it has found this one's lock, on a busy machine too.
 constexpr int FREE_TRIES = 5;
+constexpr int LOSER_TRIES = 100;
 constexpr std::chrono::milliseconds FREE_PAUSE{50};
 
 int openTerminal() { return open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC); }
@@ -49,7 +52,7 @@ std::string cureFor(const std::string& path, int error) {
 }
 
 [[noreturn]] void fail(const std::string& path, int error) {
-  throw cPassingFailure(eExit::BAD_INPUT, fmt::format("cannot open {}: {}. {}", path,
+  throw cTransientError(eExit::BAD_INPUT, fmt::format("cannot open {}: {}. {}", oneLine(path),
                                                       std::strerror(error), cureFor(path, error)));
 }
 
@@ -69,18 +72,25 @@ cPort::cPort(const std::string& path) : name(path), hadTerminal(hasTerminal()), 
 }
 
 void cPort::requireFree() const {
-  const bool isLocked = flock(fd.get(), LOCK_EX | LOCK_NB) == 0;
-  auto holders = holdersOf(name);
-  for (int i = 0; isLocked && !holders.empty() && i < FREE_TRIES; ++i) {
+  for (int i = 0;; ++i) {
+    const bool isLocked = flock(fd.get(), LOCK_EX | LOCK_NB) == 0;
+    const auto all = holdersOf(name);
+    if (isLocked && all.empty()) return;
+    const auto holders = withoutLosers(all);
+    const bool isTheirs = !isLocked && !holders.empty();
+    if (isTheirs || i >= (isLocked && holders.empty() ? LOSER_TRIES : FREE_TRIES)) {
+      failInUse(holders.empty() ? all : holders);
+    }
     std::this_thread::sleep_for(FREE_PAUSE);
-    holders = holdersOf(name);
   }
-  if (isLocked && holders.empty()) return;
-  throw cPassingFailure(
+}
+
+void cPort::failInUse(const std::vector<cHolder>& holders) const {
+  throw cTransientError(
       eExit::BAD_INPUT,
       fmt::format("{} is in use by {}. Two programs on one port get parts of each other's answers: "
                   "end the other one first.",
-                  name, holders.empty() ? "another process" : toText(holders)));
+                  oneLine(name), holders.empty() ? "another process" : toText(holders)));
 }
 
 void cPort::putRight() const {

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "tools/cDescriptor.h"
+#include "tools/holders.h"
 
 namespace tool {
 
@@ -14,7 +15,7 @@ class cPort {
   /// Opens the tty at `path` without waiting for a carrier and without making it the process's
   /// terminal, locks it (flock(2)), and sets what the library takes as it finds it: receiver on,
   /// no modem lines, no parity, no translation of line ends, no software flow control. Throws
-  /// `cPassingFailure` when it is missing, may not be opened, is no terminal or another process
+  /// `cTransientError` when it is missing, may not be opened, is no terminal or another process
   /// has it; nothing was sent or set then.
   explicit cPort(const std::string& path);
   cPort(const cPort&) = delete;
@@ -30,6 +31,7 @@ class cPort {
 
  private:
   void requireFree() const;
+  [[noreturn]] void failInUse(const std::vector<cHolder>& holders) const;
   void putRight() const;
 
   const std::string name;

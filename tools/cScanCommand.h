@@ -13,12 +13,15 @@ class cScanCommand : public iCommand {
  public:
   explicit cScanCommand(CLI::App& app);
 
-  void run() override;
+  void run(cShutdown& stop) override;
 
  private:
-  void checkPlot() const;
+  void checkCombination();
+  void checkPlot();
 
-  cScanOrder order;
+  cScanJobOptions options;
+  bool isJson = false;
+  bool isFormatChosen = false;
 };
 
 }  // namespace tool

@@ -13,6 +13,7 @@ namespace {
 constexpr int MAX_STEP = 9999;        // a command carries four digits
 constexpr int MAX_CLUSTER = 99;       // two
 constexpr int MAX_INTERVAL = 9;       // one
+constexpr double MAX_SECONDS = 1e9;   // 31 years: what timers take
 constexpr int MAX_SHORT_FORM = 4095;  // up to here distances come in two characters, else in three
 
 // Lines of data hold 64 characters. So many readings of three end in a line of a single one, which
@@ -31,7 +32,7 @@ void requireWithin(const char* name, int value, int lowest, int highest) {
 
 }  // namespace
 
-void cScanWish::check() const {
+void cScanOptions::check() const {
   if (first) requireWithin("--first", *first, 0, MAX_STEP);
   if (last) requireWithin("--last", *last, 0, MAX_STEP);
   requireWithin("--cluster", cluster, 0, MAX_CLUSTER);
@@ -41,6 +42,11 @@ void cScanWish::check() const {
         eExit::BAD_INPUT,
         fmt::format("--max-distance {} is not possible: give millimetres above 0.", *maxDistance));
   }
+  if (seconds && (*seconds <= 0 || *seconds > MAX_SECONDS)) {
+    throw cFailure(eExit::BAD_INPUT,
+                   fmt::format("--duration {} is not possible: give seconds above 0, up to {:.0f}.",
+                               *seconds, MAX_SECONDS));
+  }
   if (first && last && *first > *last) {
     throw cFailure(eExit::BAD_INPUT, fmt::format("--first {} lies behind --last {}: steps run "
                                                  "anti-clockwise, so give the smaller one first.",
@@ -48,14 +54,15 @@ void cScanWish::check() const {
   }
 }
 
-cScanRange::cScanRange(const cScanWish& wish, const cSensor& sensor)
+cScanRange::cScanRange(const cScanOptions& options, const cSensor& sensor)
     : isOld(sensor.isOld()),
-      first(wish.first.value_or(sensor.info().getMinSpot())),
-      last(wish.last.value_or(sensor.info().getMaxSpot())),
-      cluster(std::max(wish.cluster, 1)),  // 0 and 1 ask for the same; 0 would make every angle one
-      interval(wish.interval),
+      first(options.first.value_or(sensor.info().getMinSpot())),
+      last(options.last.value_or(sensor.info().getMaxSpot())),
+      cluster(
+          std::max(options.cluster, 1)),  // 0 and 1 ask for the same; 0 would make every angle one
+      interval(options.interval),
       minDistance(sensor.info().getMinDist()),
-      maxDistance(wish.maxDistance.value_or(sensor.info().getMaxDist())),
+      maxDistance(options.maxDistance.value_or(sensor.info().getMaxDist())),
       turnsPerMinute(sensor.info().getScanSpeed()) {
   checkForm(sensor);
   checkSteps(sensor.info());
@@ -77,7 +84,7 @@ void cScanRange::checkSteps(const cSensorDriver& sensor) const {
   const int lowest = sensor.getMinSpot();
   const int highest = sensor.getMaxSpot();
   if (sensor.getNumSpot() <= 0 || highest <= lowest || maxDistance <= 0) {
-    throw cPassingFailure(
+    throw cTransientError(
         eExit::BAD_INPUT,
         "the sensor answers, but not when it is asked for its parameters (PP), and "
         "without them its scans have no angles. Switch it off and on and try again.");

@@ -8,13 +8,14 @@
 
 namespace tool {
 
-/// What the user asks a scan to cover; empty: the sensor's own limit.
-struct cScanWish {
+/// What the user asks a scan to cover, and for how long; empty: the sensor's own limit.
+struct cScanOptions {
   std::optional<int> first;
   std::optional<int> last;
   int cluster = 1;
   int interval = 0;
   std::optional<int> maxDistance;
+  std::optional<double> seconds;  ///< how long to scan; empty: no limit
 
   /// Throws `cFailure` for what no sensor could do: no command carries it.
   void check() const;
@@ -24,9 +25,9 @@ struct cScanWish {
 /// distances in millimetres.
 class cScanRange {
  public:
-  /// Completes `wish` from `sensor`'s parameters. Throws `cFailure` when the sensor has not told
+  /// Completes `options` from `sensor`'s parameters. Throws `cFailure` when the sensor has not told
   /// them, the range lies outside of them, or its answer could not be read.
-  cScanRange(const cScanWish& wish, const cSensor& sensor);
+  cScanRange(const cScanOptions& options, const cSensor& sensor);
 
   /// The number of points that a scan has; a partial last cluster counts as one.
   std::size_t getPoints() const;

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "tools/cFailure.h"
+#include "tools/plural.h"
 #include "tools/printable.h"
 
 namespace tool {
@@ -13,20 +14,20 @@ namespace tool {
 namespace {
 
 constexpr int START_TRIES = 3;  // the library gives a slow sensor 200 ms to acknowledge
-constexpr double LEAST_PATIENCE_S = 2;
+constexpr double MIN_TIMEOUT_S = 2;
 constexpr double PATIENCE_PERIODS = 3;
 constexpr std::size_t STATUS_SIZE = 2;  // without the sum that SCIP 2.0 adds
 
 }  // namespace
 
-cScanRun::cScanRun(const cSensor& source, const cScanRange& wanted, const cStop& ender,
-                   cTally& counted)
-    : sensor(source),
+cScanRun::cScanRun(const cSensor& sensor, const cScanRange& range, const cShutdown& stop,
+                   cTally& tally)
+    : sensor(sensor),
       scanner(sensor.scanner()),
-      range(wanted),
-      stop(ender),
-      tally(counted),
-      patience(std::max(LEAST_PATIENCE_S, PATIENCE_PERIODS * range.getPeriod())) {
+      range(range),
+      stop(stop),
+      tally(tally),
+      patience(std::max(MIN_TIMEOUT_S, PATIENCE_PERIODS * range.getPeriod())) {
   start();
   tally.isStarted = true;
   droppedBefore = tally.dropped;
@@ -51,7 +52,7 @@ void cScanRun::start() {
     scanner.stopAll();
   }
   if (stop.isRequested()) return;
-  throw cPassingFailure(
+  throw cTransientError(
       eExit::BAD_INPUT,
       "the sensor does not start scanning (its answer, if any, is above). Look at what "
       "'tarvolink info' says of its status, and switch it off and on.");
@@ -108,7 +109,7 @@ void cScanRun::goOn() {
   range.start(scanner);
 }
 
-void cScanRun::fail() const { throw cPassingFailure(eExit::SCANS_STOPPED, getTrouble()); }
+void cScanRun::fail() const { throw cTransientError(eExit::SCANS_STOPPED, getTrouble()); }
 
 std::string cScanRun::getTrouble() const {
   if (sensor.isGone()) {
@@ -119,16 +120,17 @@ std::string cScanRun::getTrouble() const {
   const bool isDropping = tally.dropped != droppedBefore;
   if (!isDropping && sensor.getHeard() == heardHalfway) {
     return fmt::format(
-        "no scan came for {:.0f} s: the sensor says nothing any more, though its device is there. "
-        "Look at its power and its cable.",
+        "no scan for {:.0f} s: the device is still present but silent. Look at the sensor's power "
+        "and "
+        "its cable.",
         waited);
   }
   return fmt::format(
-      "no good scan came for {:.0f} s, though the sensor sends something: {}, and its latest "
-      "answer has the status {}. Look at the cable and at what 'tarvolink info' says of the "
-      "sensor's status, or ask for fewer points (--cluster).",
-      waited, isDropping ? fmt::format("{} were dropped so far", tally.dropped) : "all is damaged",
-      printable(sensor.getLastRecord().status.substr(0, STATUS_SIZE)));
+      "no good scan for {:.0f} s, though the sensor sends something: {}, and its latest answer has "
+      "the status {}. Look at the cable and at the sensor's status ('tarvolink info'), or ask for "
+      "fewer points (--cluster).",
+      waited, isDropping ? plural(tally.dropped, "scan") + " dropped so far" : "all is damaged",
+      sanitized(sensor.getLastRecord().status.substr(0, STATUS_SIZE)));
 }
 
 }  // namespace tool

@@ -5,7 +5,7 @@
 
 #include "tools/cScanRange.h"
 #include "tools/cSensor.h"
-#include "tools/cStop.h"
+#include "tools/cShutdown.h"
 #include "tools/cTally.h"
 
 namespace tool {
@@ -13,8 +13,8 @@ namespace tool {
 /// An endless scan on a sensor, from its start to its stop. Belongs to one thread.
 class cScanRun {
  public:
-  /// Starts scanning. Throws `cPassingFailure` when the sensor refuses. All must outlive the run.
-  cScanRun(const cSensor& source, const cScanRange& wanted, const cStop& ender, cTally& counted);
+  /// Starts scanning. Throws `cTransientError` when the sensor refuses. All must outlive the run.
+  cScanRun(const cSensor& sensor, const cScanRange& range, const cShutdown& stop, cTally& tally);
   cScanRun(const cScanRun&) = delete;
   cScanRun& operator=(const cScanRun&) = delete;
 
@@ -23,7 +23,7 @@ class cScanRun {
   ~cScanRun();
 
   /// The next good scan, in the order they came, waiting `timeOut` at most; empty when none came
-  /// in that time. Throws `cPassingFailure` with `SCANS_STOPPED` when the device is gone, or none
+  /// in that time. Throws `cTransientError` with `SCANS_STOPPED` when the device is gone, or none
   /// came for 2 s or three periods.
   boost::shared_ptr<cScan> nextWithin(std::chrono::milliseconds timeOut);
 
@@ -44,7 +44,7 @@ class cScanRun {
   const cSensor& sensor;
   iSCIP2IF& scanner;
   const cScanRange& range;
-  const cStop& stop;
+  const cShutdown& stop;
   cTally& tally;
   const std::chrono::duration<double> patience;
   std::chrono::duration<double> silence{0};  // waited since the last good scan

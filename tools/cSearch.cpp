@@ -12,9 +12,6 @@ namespace tool {
 
 namespace {
 
-constexpr int READ_TIMEOUT = 300;  // milliseconds: the library's own for a search
-constexpr int PASSES = 3;
-
 // What one detection takes at most where nothing answers: 300 ms until the line is quiet, 2.1 s
 // each for the identity and for "TM2", and then, on a line that stays silent, 300 ms until the
 // library's thread has given up and 300 ms for "V", or 800 ms for "V" where something never stops
@@ -23,24 +20,19 @@ constexpr double DETECTION_S = 5.3;
 
 }  // namespace
 
-const std::vector<int>& cSearch::usualSpeeds() {
-  static const std::vector<int> speeds = {115200, 500000, 19200, 57600};
-  return speeds;
-}
-
 cSearch::cSearch(const std::string& device, const cPort& tty, cWatchedPort& over,
                  boost::shared_ptr<cTarvoLink> through, const std::vector<int>& speeds)
     : name(device), port(tty), watched(over), link(through) {
   const int present = watched.getSetting()->baudRate;
   // With one speed alone, three detections of it; else the first is the present speed's.
   if (speeds.size() > 1 || speeds.front() != present) detections.push_back(present);
-  for (int pass = 0; pass < PASSES; ++pass) {
+  for (int pass = 0; pass < cSensorDriverManager::SEARCH_PASSES; ++pass) {
     detections.insert(detections.end(), speeds.begin(), speeds.end());
   }
 }
 
-boost::shared_ptr<cSensorDriver> cSearch::run(cStop& stop) {
-  watched.readTimeout = READ_TIMEOUT;
+boost::shared_ptr<cSensorDriver> cSearch::run(cShutdown& stop) {
+  watched.readTimeout = cSensorDriverManager::SEARCH_TIMEOUT;
   watched.watch(detections.front());
   cSearchProgress progress(watched, static_cast<double>(detections.size()) * DETECTION_S, stop);
   for (std::size_t i = 0; i < detections.size(); ++i) {
@@ -51,7 +43,7 @@ boost::shared_ptr<cSensorDriver> cSearch::run(cStop& stop) {
       return driver;
     }
     if (port.isGone()) {
-      throw cPassingFailure(eExit::BAD_INPUT,
+      throw cTransientError(eExit::BAD_INPUT,
                             fmt::format("{} has gone while a sensor was looked for on it. Look at "
                                         "its plug and its power.",
                                         name));
@@ -74,10 +66,10 @@ void cSearch::fail() const {
     text += fmt::format("\n  at {} bits/s: {}", traffic.speed, heard.getText());
     best = std::max(best, heard.getKind());
   }
-  throw cPassingFailure(
+  throw cTransientError(
       eExit::NO_SENSOR,
-      fmt::format("{}\nEach speed was tried {} times, in SCIP 2.0 and SCIP 1.x.\n{}", text, PASSES,
-                  causeOf(best)));
+      fmt::format("{}\nEach speed was tried {} times, in SCIP 2.0 and SCIP 1.x.\n{}", text,
+                  cSensorDriverManager::SEARCH_PASSES, causeOf(best)));
 }
 
 }  // namespace tool

@@ -5,7 +5,7 @@
 
 #include "tarvolink/tarvolink.h"
 #include "tools/cPort.h"
-#include "tools/cStop.h"
+#include "tools/cShutdown.h"
 #include "tools/cWatchedPort.h"
 
 namespace tool {
@@ -19,12 +19,9 @@ class cSearch {
   cSearch(const std::string& device, const cPort& tty, cWatchedPort& over,
           boost::shared_ptr<cTarvoLink> link, const std::vector<int>& speeds);
 
-  /// The speeds at which the family's sensors are delivered, in the order tried, bits per second.
-  static const std::vector<int>& usualSpeeds();
-
-  /// Makes the detections, with a status line meanwhile. Throws `cPassingFailure` when nothing
+  /// Makes the detections, with a status line meanwhile. Throws `cTransientError` when nothing
   /// answers: what was heard, the likely cause, its cure.
-  boost::shared_ptr<cSensorDriver> run(cStop& stop);
+  boost::shared_ptr<cSensorDriver> run(cShutdown& stop);
 
  private:
   void setSpeed(int speed) const;

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "tools/plural.h"
+
 namespace tool {
 
 namespace {
@@ -15,15 +17,15 @@ const char* dialectOf(const cTraffic& traffic) {
 
 }  // namespace
 
-cSearchProgress::cSearchProgress(const cWatchedPort& watched, double most, cStop& stop)
+cSearchProgress::cSearchProgress(const cWatchedPort& watched, double maxSeconds, cShutdown& stop)
     : port(watched),
-      mostSeconds(most),
-      farewell(stop, [this] { end(); }),
-      shower(&cSearchProgress::keepShowing, this) {}
+      maxSeconds(maxSeconds),
+      exitHook(stop, [this] { end(); }),
+      thread(&cSearchProgress::displayLoop, this) {}
 
 cSearchProgress::~cSearchProgress() {
   end();
-  shower.join();
+  thread.join();
 }
 
 void cSearchProgress::end() {
@@ -33,7 +35,7 @@ void cSearchProgress::end() {
   changed.notify_all();
 }
 
-void cSearchProgress::keepShowing() {
+void cSearchProgress::displayLoop() {
   std::unique_lock<std::mutex> lock(mutex);
   while (!isOver) {
     line.show(getText());
@@ -44,8 +46,8 @@ void cSearchProgress::keepShowing() {
 std::string cSearchProgress::getText() const {
   const std::chrono::duration<double> passed = cClock::now() - start;
   const cTraffic traffic = port.getTraffic();
-  return fmt::format("{} bits/s, {}: {} bytes heard, {:.0f} s of {:.0f} at most", traffic.speed,
-                     dialectOf(traffic), traffic.heard, passed.count(), mostSeconds);
+  return fmt::format("{} bits/s, {}: {} heard, {:.0f} s of {:.0f} at most", traffic.speed,
+                     dialectOf(traffic), plural(traffic.heard, "byte"), passed.count(), maxSeconds);
 }
 
 }  // namespace tool

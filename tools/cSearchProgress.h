@@ -6,8 +6,8 @@
 #include <string>
 #include <thread>
 
+#include "tools/cShutdown.h"
 #include "tools/cStatusLine.h"
-#include "tools/cStop.h"
 #include "tools/cWatchedPort.h"
 
 namespace tool {
@@ -16,8 +16,8 @@ namespace tool {
 /// with this, also when `stop` ends the process.
 class cSearchProgress {
  public:
-  /// A search on `watched` that takes `most` seconds at most.
-  cSearchProgress(const cWatchedPort& watched, double most, cStop& stop);
+  /// A search on `watched` that takes up to `maxSeconds`.
+  cSearchProgress(const cWatchedPort& watched, double maxSeconds, cShutdown& stop);
   cSearchProgress(const cSearchProgress&) = delete;
   cSearchProgress& operator=(const cSearchProgress&) = delete;
   ~cSearchProgress();
@@ -25,19 +25,19 @@ class cSearchProgress {
  private:
   using cClock = std::chrono::steady_clock;
 
-  void keepShowing();
+  void displayLoop();
   void end();
   std::string getText() const;
 
   const cWatchedPort& port;
-  const double mostSeconds;
+  const double maxSeconds;
   const cClock::time_point start = cClock::now();
   cStatusLine line;
   std::mutex mutex;
-  std::condition_variable changed;  // isOver
-  bool isOver = false;              // under mutex
-  const cStop::cFarewell farewell;  // uses all above
-  std::thread shower;               // too
+  std::condition_variable changed;      // isOver
+  bool isOver = false;                  // under mutex
+  const cShutdown::cExitHook exitHook;  // uses all above
+  std::thread thread;                   // too
 };
 
 }  // namespace tool

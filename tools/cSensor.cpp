@@ -7,13 +7,14 @@
 #include <stdexcept>
 
 #include "tools/cSearch.h"
-#include "tools/notice.h"
+#include "tools/printMessage.h"
+#include "tools/printable.h"
 
 namespace tool {
 
 namespace {
 
-constexpr int QUIETEN_TRIES = 5;  // what an earlier program left may fill the line for a while
+constexpr int STOP_TRIES = 5;  // what an earlier program left may fill the line for a while
 constexpr int FETCH_TRIES = 3;
 
 std::unique_ptr<cSimSensor> simulate(const cDeviceName& device) {
@@ -40,18 +41,18 @@ void retry(int tries, const std::function<void()>& command, const std::function<
 
 }  // namespace
 
-cSensor::cSensor(const cDeviceName& device, cStop& stop)
+cSensor::cSensor(const cDeviceName& device, cShutdown& stop)
     : simulated(simulate(device)),
       path(simulated ? simulated->getPath() : device.getText()),
       port(path),
       setting(settingFor(device)),
       watched(openPort()),
       link(boost::make_shared<cTarvoLink>(watched)) {
-  const cStop::cAtOnce nothingToStop(stop);
+  const cShutdown::cExitImmediately exitImmediately(stop);
   driver = find(device, stop);
   if (isOld()) guard.emplace();
   scanning = driver->getSCIP2IF();
-  quieten();
+  stopLeftoverScan();
   fetchMissing();
 }
 
@@ -61,14 +62,14 @@ boost::shared_ptr<cWatchedPort> cSensor::openPort() const {
   return opened;
 }
 
-boost::shared_ptr<cSensorDriver> cSensor::find(const cDeviceName& device, cStop& stop) const {
-  const std::string& name = device.getText();
+boost::shared_ptr<cSensorDriver> cSensor::find(const cDeviceName& device, cShutdown& stop) const {
+  const std::string name = oneLine(device.getText());
   if (device.getSpeed() != 0) {
-    notice(fmt::format("looking for a sensor on {} at {} bits/s", name, device.getSpeed()));
+    printMessage(fmt::format("looking for a sensor on {} at {} bits/s", name, device.getSpeed()));
     return cSearch(name, port, *watched, link, {device.getSpeed()}).run(stop);
   }
-  notice(fmt::format("looking for a sensor on {} (up to 69 s when nothing answers)", name));
-  return cSearch(name, port, *watched, link, cSearch::usualSpeeds()).run(stop);
+  printMessage(fmt::format("looking for a sensor on {} (up to 69 s when nothing answers)", name));
+  return cSearch(name, port, *watched, link, cSensorDriverManager::getSearchSpeeds()).run(stop);
 }
 
 bool cSensor::isOld() const {
@@ -86,10 +87,19 @@ cSCIPRecord cSensor::getLastRecord() const {
   return link->record;
 }
 
-void cSensor::quieten() const {
-  bool quiet = false;
+void cSensor::stopLeftoverScan() const {
+  bool isStopped = false;
   retry(
-      QUIETEN_TRIES, [&] { quiet = scanner().stopAll() == 0; }, [&] { return quiet; });
+      STOP_TRIES, [&] { isStopped = scanner().stopAll() == 0; }, [&] { return isStopped; });
+}
+
+bool cSensor::turnLaserOff() const {
+  bool isOff = false;
+  auto* const scip1 = dynamic_cast<cSensorDriverSCIP1*>(driver.get());
+  const auto turnOff = [&] { return scip1 ? scip1->doLaser(false) : scanner().stopAll(); };
+  retry(
+      STOP_TRIES, [&] { isOff = turnOff() == 0; }, [&] { return isOff; });
+  return isOff;
 }
 
 void cSensor::fetchMissing() const {

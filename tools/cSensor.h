@@ -9,7 +9,7 @@
 #include "tools/cAbortGuard.h"
 #include "tools/cDeviceName.h"
 #include "tools/cPort.h"
-#include "tools/cStop.h"
+#include "tools/cShutdown.h"
 #include "tools/cWatchedPort.h"
 
 namespace tool {
@@ -19,9 +19,9 @@ namespace tool {
 class cSensor {
  public:
   /// Opens `device` and looks for its sensor, which takes up to about a minute; says on standard
-  /// error what it does. A signal meanwhile ends the process. Throws `cPassingFailure` when the
+  /// error what it does. A signal meanwhile ends the process. Throws `cTransientError` when the
   /// device cannot be used or nothing answers on it.
-  cSensor(const cDeviceName& device, cStop& stop);
+  cSensor(const cDeviceName& device, cShutdown& stop);
 
   const cSensorDriver& info() const { return *driver; }
   iSCIP2IF& scanner() const { return *scanning; }
@@ -39,6 +39,10 @@ class cSensor {
   /// True once the device is gone.
   bool isGone() const { return port.isGone(); }
 
+  /// Turns the laser off ("QT", which stops a scan as well; SCIP 1.x: "L1"). Whether the sensor has
+  /// confirmed it.
+  bool turnLaserOff() const;
+
   /// From now on a record that never ends is given up: the one under way after `patience`, each
   /// later one when an answer's time is over.
   void limitRecords(std::chrono::milliseconds patience) const {
@@ -53,8 +57,8 @@ class cSensor {
 
  private:
   boost::shared_ptr<cWatchedPort> openPort() const;
-  boost::shared_ptr<cSensorDriver> find(const cDeviceName& device, cStop& stop) const;
-  void quieten() const;
+  boost::shared_ptr<cSensorDriver> find(const cDeviceName& device, cShutdown& stop) const;
+  void stopLeftoverScan() const;
   void fetchMissing() const;
   bool hasIdentity() const;
   bool hasParameters() const;

@@ -9,7 +9,8 @@
 #include <sstream>
 
 #include "tools/cFailure.h"
-#include "tools/notice.h"
+#include "tools/printMessage.h"
+#include "tools/printable.h"
 
 namespace tool {
 
@@ -36,7 +37,9 @@ bool hasDriver(const fs::path& entry) {
 std::vector<std::string> namedByUser(const char* list) {
   std::vector<std::string> paths;
   std::istringstream words(list);
-  for (std::string word; std::getline(words, word, ':');) paths.push_back(word);
+  for (std::string word; std::getline(words, word, ':');) {
+    if (!word.empty()) paths.push_back(word);
+  }
   return paths;
 }
 
@@ -62,7 +65,7 @@ std::string stableName(const char* kind, const std::string& path) {
 std::string choicesOf(const std::vector<cSerialDevice>& devices) {
   std::string text;
   for (const cSerialDevice& device : devices) {
-    text += fmt::format("\n  {}  {}", device.getPath(), device.getById());
+    text += fmt::format("\n  {}  {}", oneLine(device.getPath()), oneLine(device.getById()));
     text.erase(text.find_last_not_of(' ') + 1);
   }
   return text;
@@ -84,7 +87,7 @@ std::vector<cSerialDevice> cSerialDevice::all() {
     if (isThere(path)) {
       devices.emplace_back(path);
     } else if (named != nullptr) {
-      notice(fmt::format("{} names {}, which is no device here", DEVICES, path));
+      printMessage(fmt::format("{} names {}, which is no device here", DEVICES, oneLine(path)));
     }
   }
   return devices;
@@ -92,16 +95,13 @@ std::vector<cSerialDevice> cSerialDevice::all() {
 
 std::string defaultDevice() {
   const auto devices = cSerialDevice::all();
-  const char* const named = std::getenv(DEVICES);
-  if (devices.empty() && named != nullptr && *named != '\0') {
-    throw cFailure(eExit::BAD_INPUT,
-                   fmt::format("no DEVICE given, and none of those that {} names is here. Plug it "
-                               "in, or give PATH:PATH... of others.",
-                               DEVICES));
-  }
   if (devices.empty()) {
-    notice("no DEVICE given and no serial device here: using the simulated sensor sim:");
-    return "sim:";
+    throw cFailure(eExit::BAD_INPUT,
+                   fmt::format("no DEVICE given, and {}. Plug the sensor in, or name its DEVICE; "
+                               "'sim:' is a simulated sensor.",
+                               std::getenv(DEVICES) == nullptr
+                                   ? "there is no serial device here"
+                                   : std::string("none that ") + DEVICES + " names is here"));
   }
   if (devices.size() > 1) {
     throw cFailure(eExit::BAD_INPUT,
@@ -115,9 +115,10 @@ std::string defaultDevice() {
         eExit::BAD_INPUT,
         fmt::format("no DEVICE given, and the only serial device, {}, may not be opened. "
                     "{} 'sim:' is a simulated sensor.",
-                    only.getPath(), only.getAccess().getCure()));
+                    oneLine(only.getPath()), only.getAccess().getCure()));
   }
-  notice(fmt::format("no DEVICE given: using the only serial device here, {}", only.getPath()));
+  printMessage(fmt::format("no DEVICE given: using the only serial device here, {}",
+                           oneLine(only.getPath())));
   return only.getPath();
 }
 

@@ -32,9 +32,9 @@ class cSerialDevice {
   std::vector<cHolder> holders;
 };
 
-/// The device to use where the user names none: the only serial device, or "sim:" where there is
-/// none; says on standard error which. Throws `cFailure` when there are several, listing them, or
-/// when the only one may not be opened.
+/// The device to use where the user names none: the only serial device; says on standard error
+/// which. Throws `cFailure` when there is none, when there are several, listing them, or when the
+/// only one may not be opened.
 std::string defaultDevice();
 
 }  // namespace tool

@@ -4,8 +4,10 @@
 
 #include "tools/cDeviceName.h"
 #include "tools/cOutput.h"
-#include "tools/notice.h"
+#include "tools/deviceOptions.h"
+#include "tools/number.h"
 #include "tools/oneOf.h"
+#include "tools/printMessage.h"
 #include "tools/printable.h"
 
 namespace tool {
@@ -38,11 +40,10 @@ eSimFault faultNamed(const std::string& name) {
 }
 
 int valueOf(eSimFault fault, const std::string& text) {
-  int value = 0;
-  if (CLI::detail::lexical_cast(text, value)) return value;
+  if (const auto value = toNumber<int>(text)) return *value;
   if (fault == eSimFault::STATUS && text.size() == 2) return simStatus(text);
   throw CLI::ValidationError(
-      "--fault", fmt::format("\"{}\" is no value for a fault: give a whole number{}.", text,
+      "--fault", fmt::format("\"{}\" {}{}", text, whyNoNumber<int>(text),
                              fault == eSimFault::STATUS ? ", or a status of two characters" : ""));
 }
 
@@ -55,11 +56,15 @@ cSimCommand::cSimCommand(CLI::App& app)
   declaration
       ->add_option("--dialect", setting.dialect, "scip2 (the default), scip1 or scip1-switch")
       ->transform(oneOf(simDialects()));
-  declaration->add_option("--speed", setting.speed,
-                          "Line speed in bits/s at which alone it answers (default: at any)");
-  declaration->add_option("--rate", setting.rate, "Scans per second (default: the model's)");
-  declaration->add_option("--seed", setting.seed, "Seed of its noise (default: 1)");
-  declaration->add_option("--link", setting.link, "A symbolic link to keep on its path");
+  requireNumber<int>(
+      declaration->add_option("--speed", setting.speed,
+                              "Line speed in bits/s at which alone it answers (default: at any)"));
+  requireNumber<double>(
+      declaration->add_option("--rate", setting.rate, "Scans per second (default: the model's)"));
+  requireNumber<std::uint32_t>(
+      declaration->add_option("--seed", setting.seed, "Seed of its noise (default: 1)"));
+  declaration->add_option("--link", setting.link, "A symbolic link to keep on its path")
+      ->check(notEmpty("name a path, or leave the option out"));
   declaration
       ->add_option_function<std::vector<std::string>>(
           "--fault", [this](const auto& words) { addFaults(words); },
@@ -89,11 +94,11 @@ void cSimCommand::addFaults(const std::vector<std::string>& words) {
   }
 }
 
-void cSimCommand::run() {
-  cStop stop;
+void cSimCommand::run(cShutdown& stop) {
+  stop.expectRequest();
   cOutput output("", stop);
   if (isVerbose) {
-    setting.onCommand = [](const std::string& line) { notice("heard " + printable(line)); };
+    setting.onCommand = [](const std::string& line) { printMessage("heard " + sanitized(line)); };
   }
   cSimSensor sensor(setting);
   for (const cFault& each : faults) sensor.setFault(each.fault, each.value, only);

@@ -14,7 +14,7 @@ class cSimCommand : public iCommand {
  public:
   explicit cSimCommand(CLI::App& app);
 
-  void run() override;
+  void run(cShutdown& stop) override;
 
  private:
   void addFaults(const std::vector<std::string>& words);

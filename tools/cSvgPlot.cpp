@@ -16,7 +16,7 @@ constexpr double MIDDLE_X = 500;
 constexpr double MIDDLE_Y = 580;
 constexpr double RADIUS = 430;  // of the scale's reach
 constexpr double LABEL_GAP = 22;
-constexpr int MOST_RINGS = 5;
+constexpr int MAX_RINGS = 5;
 constexpr int DEGREES_A_RAY = 30;
 constexpr double GAP_STEPS = 1.5;  // readings farther apart than that have an invalid one between
 
@@ -26,7 +26,7 @@ constexpr auto STYLE = R"(  <style>
     .title { font-size: 26px; font-weight: bold; fill: #1c2733; }
     .subtitle { font-size: 16px; }
     .ring, .ray { fill: none; stroke: #c9d0d6; stroke-width: 1; }
-    .ring-label { font-size: 14px; paint-order: stroke; stroke: #ffffff; stroke-width: 6px; }
+    .ring-label { font-size: 14px; paint-options: stroke; stroke: #ffffff; stroke-width: 6px; }
     .angle-label { font-size: 14px; }
     .free { fill: #dcebf9; stroke: none; }
     .reading { fill: #0a5ba8; }
@@ -70,7 +70,7 @@ double farthestOf(const cScan& readings) {
 }  // namespace
 
 cSvgPlot::cSvgPlot(const cScan& readings, const std::string& title, const std::string& subtitle)
-    : scale(cPolarScale::reaching(farthestOf(readings))),
+    : scale(cPolarScale::covering(farthestOf(readings))),
       text(fmt::format("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                        "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"{0}\" height=\"{1}\" "
                        "viewBox=\"0 0 {0} {1}\">\n{2}"
@@ -106,7 +106,7 @@ void cSvgPlot::drawFreeSpace(const cScan& readings) {
 }
 
 void cSvgPlot::drawRings() {
-  const double step = scale.getRingStep(MOST_RINGS);
+  const double step = scale.getRingStep(MAX_RINGS);
   const double reach = scale.getReach();
   const auto ring = [&](double distance) {
     text += fmt::format("  <circle class=\"ring\" cx=\"{}\" cy=\"{}\" r=\"{:.1f}\"/>\n", MIDDLE_X,
@@ -140,7 +140,7 @@ void cSvgPlot::drawReadings(const cScan& readings) {
 
 /// Ring labels stand straight behind the sensor, where it sees nothing.
 void cSvgPlot::drawTexts(const std::string& title, const std::string& subtitle) {
-  const double step = scale.getRingStep(MOST_RINGS);
+  const double step = scale.getRingStep(MAX_RINGS);
   for (int i = 1; i * step <= scale.getReach(); ++i) {
     const cPosition at = onPaper(i * step, PI);
     text += label("ring-label", at.right, at.up - 4, metres(i * step));

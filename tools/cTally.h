@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tools/cRateMeter.h"
+#include "tools/plural.h"
 
 namespace tool {
 
@@ -20,8 +21,8 @@ struct cTally {
   std::string getText() const {
     const std::size_t scans = meter.getTotal();
     const std::string rate = scans > 1 ? fmt::format("{:.2f} a second, ", meter.getMeanRate()) : "";
-    return fmt::format("{} scan{}, {}{} dropped, {} reconnects", scans, scans == 1 ? "" : "s", rate,
-                       dropped, reconnects);
+    return fmt::format("{}, {}{} dropped, {}", plural(scans, "scan"), rate, dropped,
+                       plural(reconnects, "reconnect"));
   }
 };
 

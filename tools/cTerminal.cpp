@@ -11,7 +11,7 @@
 #include <chrono>
 #include <thread>
 
-#include "tools/cHeldMessages.h"
+#include "tools/cMessageBuffer.h"
 
 namespace tool {
 
@@ -31,11 +31,11 @@ constexpr std::array FATAL = {SIGQUIT, SIGABRT, SIGSEGV, SIGBUS, SIGFPE,
 
 // What a signal handler needs, therefore static.
 std::atomic<bool> isTaken{false};
-std::atomic<bool> shallSuspend{false};
+std::atomic<bool> suspendRequested{false};
 std::atomic<bool> hasResumed{false};
 int terminal = -1;
 termios before;
-cHeldMessages messages;
+cMessageBuffer messages;
 
 /// True also for a terminal that does not control this process: then nobody else has it.
 bool isForeground() {
@@ -55,37 +55,37 @@ std::size_t endOfKey(const std::string& typed, std::size_t at) {
 }
 
 void endFatally(int number) {
-  cTerminal::giveBack();
+  cTerminal::restore();
   raise(number);  // its own action is back already and ends the process on return
 }
 
-void noteSuspend(int) { shallSuspend = true; }
-void noteResume(int) { hasResumed = true; }
+void onSuspend(int) { suspendRequested = true; }
+void onResume(int) { hasResumed = true; }
 
 }  // namespace
 
-cTerminal::cTerminal(cOutput& screen, cStop& ender)
-    : output(screen), stop(ender), farewell(ender, giveBack) {
+cTerminal::cTerminal(cOutput& screen, cShutdown& stop)
+    : output(screen), stop(stop), exitHook(stop, restore) {
   terminal = output.getDescriptor();
   for (const int number : FATAL) handle(number, endFatally, static_cast<int>(SA_RESETHAND));
-  handle(SIGTSTP, noteSuspend, SA_RESTART);
-  handle(SIGCONT, noteResume, SA_RESTART);
-  take();
+  handle(SIGTSTP, onSuspend, SA_RESTART);
+  handle(SIGCONT, onResume, SA_RESTART);
+  acquire();
 }
 
 cTerminal::~cTerminal() {
-  giveBack();
+  restore();
   for (const auto& [number, action] : handledBefore) sigaction(number, &action, nullptr);
 }
 
-void cTerminal::giveBack() {
+void cTerminal::restore() {
   if (!isTaken.exchange(false)) return;
   // In the background the modes are the shell's own.
   if (isForeground()) tcsetattr(terminal, TCSANOW, &before);
   pollfd room{terminal, POLLOUT, 0};
   // A terminal that is gone takes nothing, and there is nothing else to be done about it.
   if (poll(&room, 1, ROOM_MS) > 0 && write(terminal, LEAVE.data(), LEAVE.size()) < 0) return;
-  messages.say();
+  messages.flush();
 }
 
 /// A signal that is ignored stays so (a shell without job control ignores Ctrl-Z), and one that a
@@ -100,7 +100,7 @@ void cTerminal::handle(int number, void (*handler)(int), int flags) {
   sigaction(number, &action, nullptr);
 }
 
-void cTerminal::take() {
+void cTerminal::acquire() {
   waitForForeground();
   if (stop.isRequested()) return;
   if (!isTaken) tcgetattr(terminal, &before);
@@ -111,7 +111,7 @@ void cTerminal::take() {
   keys.c_cc[VMIN] = 1;
   keys.c_cc[VTIME] = 0;
   tcsetattr(terminal, TCSANOW, &keys);
-  messages.hold();
+  messages.begin();
   output.write(ENTER);
   clear();
 }
@@ -126,7 +126,7 @@ void cTerminal::waitForForeground() const {
 }
 
 void cTerminal::suspend() {
-  giveBack();
+  restore();
   struct sigaction handled {};
   struct sigaction byDefault {};
   byDefault.sa_handler = SIG_DFL;
@@ -137,12 +137,12 @@ void cTerminal::suspend() {
 
 /// After SIGSTOP, which cannot be caught, SIGCONT alone tells that others had the terminal.
 void cTerminal::followJobControl() {
-  const bool wasSuspended = shallSuspend.exchange(false);
+  const bool wasSuspended = suspendRequested.exchange(false);
   if (wasSuspended) suspend();
-  if (hasResumed.exchange(false) || wasSuspended) take();
+  if (hasResumed.exchange(false) || wasSuspended) acquire();
 }
 
-std::string cTerminal::takeKeys() {
+std::string cTerminal::readKeys() {
   followJobControl();
   pollfd input{terminal, POLLIN, 0};
   if (poll(&input, 1, 0) <= 0 || (input.revents & POLLIN) == 0) return "";

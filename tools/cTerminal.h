@@ -6,31 +6,31 @@
 #include <vector>
 
 #include "tools/cOutput.h"
-#include "tools/cStop.h"
+#include "tools/cShutdown.h"
 
 namespace tool {
 
 /// The terminal on standard output, taken over for a picture: alternate screen, no cursor, keys
 /// as they are typed (termios(3)). Messages to the terminal are held back meanwhile.
 ///
-/// It is given back whatever ends the program: the destructor, Ctrl-Z (and taken again after
-/// `fg`), `cStop`, signals that kill. Only SIGKILL cannot be helped. One at a time in a process;
-/// belongs to one thread.
+/// It is restored whatever ends the program: the destructor, Ctrl-Z (and acquired again after
+/// `fg`), `cShutdown`, signals that kill. Only SIGKILL cannot be helped. One at a time in a
+/// process; belongs to one thread.
 class cTerminal {
  public:
   /// Takes the terminal that `screen` writes to, once the process is in its foreground. Both
   /// must outlive it.
-  cTerminal(cOutput& screen, cStop& ender);
+  cTerminal(cOutput& screen, cShutdown& stop);
   cTerminal(const cTerminal&) = delete;
   cTerminal& operator=(const cTerminal&) = delete;
   ~cTerminal();
 
-  /// Gives back the terminal that is taken, if any. Only calls that a signal handler may make.
-  static void giveBack();
+  /// Restores the terminal that is acquired, if any. Only calls that a signal handler may make.
+  static void restore();
 
   /// The keys typed since the last call; cursor and function keys are left out. Does not wait,
   /// except that a Ctrl-Z since the last call stops the process in here.
-  std::string takeKeys();
+  std::string readKeys();
 
   /// Shows `lines` from the top; only those that changed are written.
   void show(const std::vector<std::string>& lines);
@@ -42,13 +42,13 @@ class cTerminal {
   void handle(int number, void (*handler)(int), int flags);
   void followJobControl();
   void suspend();
-  void take();
+  void acquire();
   void waitForForeground() const;
 
   cOutput& output;
-  const cStop& stop;
-  const cStop::cFarewell farewell;  // for a write that never returns
-  std::vector<std::string> shown;   // empty: not known
+  const cShutdown& stop;
+  const cShutdown::cExitHook exitHook;  // for a write that never returns
+  std::vector<std::string> shown;       // empty: not known
   std::vector<std::pair<int, struct sigaction>> handledBefore;
 };
 

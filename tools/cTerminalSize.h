@@ -7,7 +7,7 @@ struct cTerminalSize {
   int columns;
   int rows;
 
-  /// The size of the terminal that descriptor `fd` is; where that is not told, or `fd` is none,
+  /// The size of the terminal that descriptor `fd` is; where that is not known, or `fd` is none,
   /// COLUMNS and LINES of the environment, or else 80 x 24. Source: ioctl TIOCGWINSZ.
   static cTerminalSize of(int fd);
 

@@ -12,13 +12,13 @@ class cViewCommand : public iCommand {
  public:
   explicit cViewCommand(CLI::App& app);
 
-  void run() override;
+  void run(cShutdown& stop) override;
 
  private:
   void checkTerminal(const cOutput& output) const;
 
-  cDeviceWish where;
-  cScanWish wish;
+  cDeviceOptions where;
+  cScanOptions options;
   bool isOnce = false;
 };
 

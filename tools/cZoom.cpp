@@ -7,13 +7,14 @@ namespace tool {
 
 namespace {
 
-constexpr std::size_t LEFT_OUT = 20;  // one reading in so many may lie outside
-constexpr double TO_SPARE = 1.2;
+constexpr std::size_t OUTLIER_SHARE = 20;  // one reading in so many may lie outside
+constexpr double HYSTERESIS = 1.2;
 
 double distanceThatMatters(const cScan& readings) {
   std::vector<double> distances;
   for (const cScanPoint& point : readings.points) distances.push_back(point.distance);
-  const auto last = distances.end() - 1 - static_cast<std::ptrdiff_t>(distances.size() / LEFT_OUT);
+  const auto last =
+      distances.end() - 1 - static_cast<std::ptrdiff_t>(distances.size() / OUTLIER_SHARE);
   std::nth_element(distances.begin(), last, distances.end());
   return *last;
 }
@@ -23,8 +24,8 @@ double distanceThatMatters(const cScan& readings) {
 void cZoom::follow(const cScan& readings) {
   if (!isFitting || readings.points.empty()) return;
   const double distance = distanceThatMatters(readings);
-  const cPolarScale enough = cPolarScale::reaching(distance);
-  const cPolarScale ample = cPolarScale::reaching(distance * TO_SPARE);
+  const cPolarScale enough = cPolarScale::covering(distance);
+  const cPolarScale ample = cPolarScale::covering(distance * HYSTERESIS);
   if (enough.getReach() > scale.getReach() || ample.getReach() < scale.getReach()) scale = ample;
 }
 

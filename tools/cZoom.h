@@ -8,22 +8,22 @@ namespace tool {
 class cZoom {
  public:
   /// Reaches `millimetres` until the first scan comes.
-  explicit cZoom(double millimetres) : scale(cPolarScale::reaching(millimetres)) {}
+  explicit cZoom(double millimetres) : scale(cPolarScale::covering(millimetres)) {}
 
   /// Fits the scale to a scan's readings, unless the user has zoomed. Nineteen in twenty lie
-  /// within: a far end seen through a door does not make the room small. It grows at once and
+  /// within: outliers (a view through a door) do not shrink the picture. It grows at once and
   /// shrinks only with something to spare, so that it does not flicker.
   void follow(const cScan& readings);
 
-  void closer() { choose(scale.closer()); }
-  void farther() { choose(scale.farther()); }
+  void zoomIn() { choose(scale.zoomIn()); }
+  void zoomOut() { choose(scale.zoomOut()); }
   void fit() { isFitting = true; }
 
   const cPolarScale& getScale() const { return scale; }
 
  private:
-  void choose(const cPolarScale& wanted) {
-    scale = wanted;
+  void choose(const cPolarScale& chosen) {
+    scale = chosen;
     isFitting = false;
   }
 

@@ -11,6 +11,8 @@
 #include <set>
 #include <sstream>
 
+#include "tools/printable.h"
+
 namespace tool {
 
 namespace {
@@ -21,8 +23,8 @@ using cStatus = struct stat;
 constexpr unsigned PTY_SLAVES = 136;  // major number of /dev/pts/*
 const dev_t PTY_MASTER = makedev(5, 2);
 
-std::string firstLine(const std::string& file) {
-  std::ifstream stream(file);
+std::string programOf(pid_t pid) {
+  std::ifstream stream(fmt::format("/proc/{}/comm", pid));
   std::string line;
   std::getline(stream, line);
   return line;
@@ -87,18 +89,26 @@ void addLocker(const std::string& line, const cStatus& device, std::set<pid_t>& 
 std::vector<cHolder> holdersOf(const std::string& path) {
   cStatus device;
   if (stat(path.c_str(), &device) != 0) return {};
-  std::set<pid_t> pids;
+  std::set<pid_t> lockers;
+  std::ifstream locks("/proc/locks");
+  for (std::string line; std::getline(locks, line);) addLocker(line, device, lockers);
+  std::set<pid_t> pids = lockers;
   for (const std::string& number : numbersIn("/proc")) {
     if (hasOpen("/proc/" + number, device)) pids.insert(std::stoi(number));
   }
-  std::ifstream locks("/proc/locks");
-  for (std::string line; std::getline(locks, line);) addLocker(line, device, pids);
   pids.erase(getpid());
   std::vector<cHolder> holders;
   holders.reserve(pids.size());
-  for (const pid_t pid : pids) {
-    holders.push_back({pid, firstLine(fmt::format("/proc/{}/comm", pid))});
-  }
+  for (const pid_t pid : pids) holders.push_back({pid, programOf(pid), lockers.count(pid) > 0});
+  return holders;
+}
+
+std::vector<cHolder> withoutLosers(std::vector<cHolder> holders) {
+  const std::string own = programOf(getpid());
+  const auto isLoser = [&own](const cHolder& holder) {
+    return !holder.hasLock && holder.name == own;
+  };
+  holders.erase(std::remove_if(holders.begin(), holders.end(), isLoser), holders.end());
   return holders;
 }
 
@@ -106,7 +116,7 @@ std::string toText(const std::vector<cHolder>& holders) {
   std::string text;
   for (const cHolder& holder : holders) {
     text += fmt::format("{}{} (process {})", text.empty() ? "" : ", ",
-                        holder.name.empty() ? "unknown" : holder.name, holder.pid);
+                        holder.name.empty() ? "unknown" : oneLine(holder.name), holder.pid);
   }
   return text;
 }

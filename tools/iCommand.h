@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/cShutdown.h"
+
 namespace tool {
 
 /// One subcommand: its constructor declares name and options, `run` does the work.
@@ -12,8 +14,9 @@ class iCommand {
   /// True when the command line asked for this one; valid after parsing.
   bool isChosen() const { return declaration->parsed(); }
 
-  /// Does the work. Throws `cFailure` for what the user must know.
-  virtual void run() = 0;
+  /// Does the work, until `stop` is requested at the latest. Throws `cFailure` for what the user
+  /// must know.
+  virtual void run(cShutdown& stop) = 0;
 
  protected:
   explicit iCommand(CLI::App* subcommand) : declaration(subcommand) {}

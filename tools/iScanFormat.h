@@ -10,9 +10,22 @@
 namespace tool {
 
 /// The forms in which scans are written.
-enum class eScanFormat { TABLE, CSV, JSON };
+enum class eScanFormat { TABLE, CSV, JSON, NONE };
 
-/// Their names on the command line.
+/// Where scans come from, as the user and the sensor name it.
+struct cOrigin {
+  std::string device;
+  std::string product;
+  std::string serial;
+};
+
+/// Columns that CSV has on request.
+struct cCsvColumns {
+  bool hasOrigin = false;
+  bool hasPosition = false;  ///< x ahead and y left, millimetres
+};
+
+/// Their names on the command line; NONE has none.
 const std::map<std::string, eScanFormat>& scanFormats();
 
 /// Turns scans into the rows of one form of output. Texts end in a line end, or are empty.
@@ -29,6 +42,8 @@ class iScanFormat {
 };
 
 /// The form of that kind; `range` says which readings count as distances, and must outlive it.
-std::unique_ptr<iScanFormat> makeScanFormat(eScanFormat format, const cScanRange& range);
+/// `columns` is for CSV alone.
+std::unique_ptr<iScanFormat> makeScanFormat(eScanFormat format, const cScanRange& range,
+                                            const cOrigin& origin, const cCsvColumns& columns);
 
 }  // namespace tool

@@ -12,7 +12,7 @@ CLI::Validator oneOf(const tTable& table) {
   const std::string names = CLI::detail::generate_map(table, true);
   const auto translate = [&table, names](std::string& word) -> std::string {
     const auto known = table.find(word);
-    if (known == table.end()) return "\"" + word + "\" is none of " + names;
+    if (known == table.end()) return "\"" + word + "\" is not one of " + names;
     word = std::to_string(static_cast<int>(known->second));  // as which CLI11 reads an enum
     return "";
   };

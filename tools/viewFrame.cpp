@@ -5,13 +5,14 @@
 #include <algorithm>
 
 #include "tools/cPolarPicture.h"
+#include "tools/plural.h"
 
 namespace tool {
 
 namespace {
 
 constexpr int LINES_BELOW = 2;
-constexpr std::size_t LEAST_OF_NAME = 8;
+constexpr std::size_t MIN_NAME_WIDTH = 8;
 
 /// Where it does not fit the sensor's name is cut: it is the longest, and known.
 std::string statusLine(const cViewStatus& status, bool hasScan, std::size_t width) {
@@ -21,13 +22,13 @@ std::string statusLine(const cViewStatus& status, bool hasScan, std::size_t widt
   const std::string rest = fmt::format(" | {} | {} bits/s | {} scans/s | {} dropped | {}",
                                        status.dialect, status.lineSpeed, rate, status.dropped, age);
   const std::size_t room = width > rest.size() ? width - rest.size() : 0;
-  return (status.sensor.substr(0, std::max(room, LEAST_OF_NAME)) + rest).substr(0, width);
+  return (status.sensor.substr(0, std::max(room, MIN_NAME_WIDTH)) + rest).substr(0, width);
 }
 
 std::string meaningOf(const cPolarPicture& picture) {
   std::string rings = "rings " + metres(picture.getRingStep()) + " apart";
-  if (picture.getFarther() == 0) return rings;
-  return fmt::format("{}, {} points farther off", rings, picture.getFarther());
+  if (picture.countOutside() == 0) return rings;
+  return fmt::format("{}, {} farther off", rings, plural(picture.countOutside(), "point"));
 }
 
 }  // namespace

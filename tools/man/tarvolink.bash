@@ -1,6 +1,9 @@
 # Completion of tarvolink's command line. The program itself tells its subcommands, options and the
 # values that they take: by --help.
 
+# The commands that the help on standard input lists.
+_tarvolink_commands() { sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p'; }
+
 _tarvolink() {
   local program=$1 word=$2 before=$3 subcommand= help i
   for ((i = 1; i < COMP_CWORD; i++)); do
@@ -16,7 +19,9 @@ _tarvolink() {
   elif [[ $word == -* ]]; then
     offers=$(grep -o -- '^  -[^ ]*' <<<"$help" | tr ',' ' ')
   elif [[ -z $subcommand ]]; then
-    offers=$(sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p' <<<"$help")
+    offers=$(_tarvolink_commands <<<"$help")
+  elif [[ $subcommand == help ]]; then
+    offers=$("$program" --help | _tarvolink_commands)
   elif grep -q '^  DEVICE ' <<<"$help"; then
     offers="$("$program" list --json 2>/dev/null | sed -n 's/^ *"device": "\(.*\)",$/\1/p') sim:"
   fi

@@ -1,4 +1,4 @@
-#include "tools/cHeldMessages.h"
+#include "tools/cMessageBuffer.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -15,7 +15,7 @@ void replaceStandardStreams(int fd) {
 
 }  // namespace
 
-void cHeldMessages::hold() {
+void cMessageBuffer::begin() {
   int ends[2];
   if (real >= 0 || isatty(STDERR_FILENO) == 0 || pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return;
   real = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -23,7 +23,7 @@ void cHeldMessages::hold() {
   replaceStandardStreams(ends[1]);
 }
 
-void cHeldMessages::say() {
+void cMessageBuffer::flush() {
   if (real < 0) return;
   replaceStandardStreams(real);
   real = -1;

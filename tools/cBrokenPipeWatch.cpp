@@ -1,4 +1,4 @@
-#include "tools/cReaderWatch.h"
+#include "tools/cBrokenPipeWatch.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -19,21 +19,23 @@ int openEvent() {
 
 }  // namespace
 
-cReaderWatch::cReaderWatch(const cOutput& output, cStop& ender)
-    : stop(ender), over(openEvent()), watcher(&cReaderWatch::watch, this, output.getDescriptor()) {}
+cBrokenPipeWatch::cBrokenPipeWatch(const cOutput& output, cShutdown& stop)
+    : stop(stop),
+      stopEvent(openEvent()),
+      watcher(&cBrokenPipeWatch::watch, this, output.getDescriptor()) {}
 
-cReaderWatch::~cReaderWatch() {
-  eventfd_write(over.get(), 1);
+cBrokenPipeWatch::~cBrokenPipeWatch() {
+  eventfd_write(stopEvent.get(), 1);
   watcher.join();
 }
 
-void cReaderWatch::watch(int data) {
+void cBrokenPipeWatch::watch(int data) {
   // Asked for nothing, poll tells of a pipe without readers (POLLERR) and of a lost terminal
   // (POLLHUP) alone; a descriptor of -1 it passes over.
-  std::array<pollfd, 2> sources{{{data, 0, 0}, {over.get(), POLLIN, 0}}};
+  std::array<pollfd, 2> sources{{{data, 0, 0}, {stopEvent.get(), POLLIN, 0}}};
   while (poll(sources.data(), sources.size(), -1) < 0 && errno == EINTR) {
   }
-  if (sources[1].revents == 0) stop.request();
+  if (sources[1].revents == 0) stop.requestByReader();
 }
 
 }  // namespace tool

@@ -1,20 +1,23 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <string>
 
 namespace tool {
 
 /// A new file beside the one that it is to replace in one step (rename(2)): whoever opens the
-/// path finds the older file or the whole new one. An older file's permissions are taken over, a
-/// symbolic link stays. Gone with this unless it has taken its place or is kept.
-class cFileBeside {
+/// path finds the older file or the whole new one. An older file's owner, group and permissions are
+/// taken over as far as that is allowed, a symbolic link stays. Gone with this unless it has taken
+/// its place or is kept.
+class cAtomicFile {
  public:
   /// Makes the file. Throws `cFailure` when what is at `path` is no regular file or is protected
   /// against writing, or its folder takes none; everything is as it was then.
-  explicit cFileBeside(const std::string& path);
-  cFileBeside(const cFileBeside&) = delete;
-  cFileBeside& operator=(const cFileBeside&) = delete;
-  ~cFileBeside();
+  explicit cAtomicFile(const std::string& path);
+  cAtomicFile(const cAtomicFile&) = delete;
+  cAtomicFile& operator=(const cAtomicFile&) = delete;
+  ~cAtomicFile();
 
   /// The descriptor to write to. Its owner is this.
   int getDescriptor() const { return fd; }
@@ -24,12 +27,17 @@ class cFileBeside {
 
   /// Puts what was written on the disk (fsync(2)) and the file in its place. Throws `cFailure`
   /// when that fails.
-  void takePlace();
+  void commit();
+
+  /// Removes the file; nothing may be written afterwards. Any thread.
+  void discard();
 
   /// Leaves the file where it is when this ends.
-  void keep() { isKept = true; }
+  void keepTemporary() { isKept = true; }
 
  private:
+  void copyAttributes(const struct stat& older) const;
+
   const std::string asked;
   const std::string target;  // where a symbolic link leads
   const std::string name;
@@ -38,6 +46,6 @@ class cFileBeside {
 };
 
 /// Throws the `cFailure` of a file that cannot be written to, for an error as errno has it.
-[[noreturn]] void failToWrite(const std::string& path, int error);
+[[noreturn]] void throwWriteError(const std::string& path, int error);
 
 }  // namespace tool
