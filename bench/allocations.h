@@ -2,6 +2,6 @@
 
 #include <cstdint>
 
-/// Heap allocations by operator new of this process so far, the library's own included: the
-/// program's operator takes the place of the standard one in all that it loads. Any thread.
+/// Heap allocations by operator new in this process so far, including the library's: the program's
+/// operator replaces the standard one in all shared objects that it loads. Any thread.
 std::uint64_t countAllocations();

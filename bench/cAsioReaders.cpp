@@ -18,7 +18,7 @@ void cAsioReader::take() {
   received.erase(0, size);
 }
 
-void cAsioReader::expectNone(const boost::system::error_code& error) {
+void cAsioReader::throwIfFailed(const boost::system::error_code& error) {
   if (error) throw boost::system::system_error(error, "reading with Asio");
 }
 
@@ -30,7 +30,7 @@ cAsioSomeReader::cAsioSomeReader(const std::string& path) : cAsioReader(path) {
 void cAsioSomeReader::read() {
   tty.async_read_some(boost::asio::buffer(buffer),
                       [this](const boost::system::error_code& error, std::size_t count) {
-                        expectNone(error);
+                        throwIfFailed(error);
                         received.append(buffer.data(), count);
                         read();
                       });
@@ -50,12 +50,12 @@ cAsioUntilReader::cAsioUntilReader(const std::string& path) : cAsioReader(path) 
 }
 
 std::size_t cAsioUntilReader::awaitRecord() {
-  context.restart();  // it stopped when the last read was done
+  context.restart();  // it stops whenever it has no read to wait for
   std::size_t size = 0;
   boost::asio::async_read_until(
       tty, boost::asio::dynamic_buffer(received), "\n\n",
       [&size](const boost::system::error_code& error, std::size_t upToEnd) {
-        expectNone(error);
+        throwIfFailed(error);
         size = upToEnd;
       });
   while (size == 0) context.run_one();

@@ -8,19 +8,19 @@
 
 #include "bench/iReader.h"
 
-/// What both readers with Boost.Asio have: the tty and plain decoding.
+/// What both Boost.Asio readers share: the tty and plain decoding.
 class cAsioReader : public iReader {
  public:
   void take() override;
 
  protected:
-  /// Opens the tty and asks for scans; the reader then takes the acknowledgement.
+  /// Opens the tty and requests scans; the derived reader then takes the acknowledgement.
   explicit cAsioReader(const std::string& path);
-  /// Runs the handlers until `received` begins with a whole record; its size.
+  /// Runs the handlers until `received` begins with a whole record; returns its size.
   virtual std::size_t awaitRecord() = 0;
   void takeAcknowledgement() { received.erase(0, awaitRecord()); }
-  /// Throws std::system_error for an error that a handler was told.
-  static void expectNone(const boost::system::error_code& error);
+  /// Throws std::system_error if a handler was called with an error.
+  static void throwIfFailed(const boost::system::error_code& error);
 
   boost::asio::io_context context;
   boost::asio::posix::stream_descriptor tty;
@@ -42,7 +42,7 @@ class cAsioSomeReader : public cAsioReader {
   std::array<char, 12> buffer;
 };
 
-/// async_read_until the empty line, into a growing string: whatever size of read Asio takes.
+/// async_read_until the empty line, into a growing string: Asio chooses the size of its reads.
 class cAsioUntilReader : public cAsioReader {
  public:
   explicit cAsioUntilReader(const std::string& path);

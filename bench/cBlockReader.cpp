@@ -13,7 +13,7 @@ void cBlockReader::take() {
   pending.erase(0, size);
 }
 
-/// Reads until `pending` begins with a whole record; its size.
+/// Reads until `pending` begins with a whole record; returns its size.
 std::size_t cBlockReader::awaitRecord() {
   std::array<char, 4096> block;
   std::size_t searched = 0;

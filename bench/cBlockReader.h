@@ -6,7 +6,7 @@
 #include "bench/cTty.h"
 #include "bench/iReader.h"
 
-/// poll and read of up to 4096 bytes, as much as a tty keeps, and plain decoding.
+/// poll and read of up to 4096 bytes, as many as a tty buffers, and plain decoding.
 class cBlockReader : public iReader {
  public:
   explicit cBlockReader(const std::string& path);
@@ -16,6 +16,6 @@ class cBlockReader : public iReader {
   std::size_t awaitRecord();
 
   cDescriptor tty;
-  std::string pending;  // received, not decoded yet
+  std::string pending;  // received but not decoded yet
   std::vector<int> distances;
 };

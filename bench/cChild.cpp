@@ -15,11 +15,11 @@
 namespace {
 
 [[noreturn]] void runChild(const std::function<void(int)>& body, int pipe) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);  // a bench that is killed leaves no sensor behind
+  prctl(PR_SET_PDEATHSIG, SIGKILL);  // so that a killed benchmark leaves no sensor behind
   try {
     body(pipe);
   } catch (const std::exception& error) {
-    fmt::print(stderr, "tarvobench: the sensors' side: {}\n", error.what());
+    fmt::print(stderr, "tarvobench: sensor process: {}\n", error.what());
   }
   _exit(0);
 }
@@ -29,12 +29,14 @@ namespace {
 cChild::cChild(const std::function<void(int pipe)>& body) {
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-    throw std::system_error(errno, std::generic_category(), "no pipe to a sensor process");
+    throw std::system_error(errno, std::generic_category(),
+                            "cannot create a pipe to a sensor process");
   }
   pipe = cDescriptor(ends[0]);
   cDescriptor childsEnd(ends[1]);
   child = fork();
-  if (child < 0) throw std::system_error(errno, std::generic_category(), "no process (fork)");
+  if (child < 0)
+    throw std::system_error(errno, std::generic_category(), "cannot start a sensor process (fork)");
   if (child == 0) {
     pipe = cDescriptor();
     runChild(body, childsEnd.get());

@@ -6,15 +6,15 @@
 
 #include "bench/cDescriptor.h"
 
-/// A process of our own that plays the sensors' side, so that this process's own CPU time is the
-/// reader's alone. Ended (SIGKILL) and waited for by the destructor.
+/// A child process for the sensors' side, so that this process's CPU time is the reader's alone.
+/// The destructor kills it (SIGKILL) and waits for its end.
 ///
-/// Make one only while this process has no other thread: what a fork(2) copies of a lock that
-/// another thread holds stays locked.
+/// Construct one only while this process has a single thread: after fork(2) a lock that another
+/// thread held stays locked in the child.
 class cChild {
  public:
-  /// Forks; the child runs `body` with its end of a two-way pipe (a socket pair) and then ends.
-  /// Throws std::system_error when there is no process or pipe to be had.
+  /// Forks; the child runs `body` with its end of a two-way pipe (a socket pair) and then exits.
+  /// Throws std::system_error when no process or pipe is available.
   explicit cChild(const std::function<void(int pipe)>& body);
   ~cChild();
   cChild(const cChild&) = delete;

@@ -4,10 +4,10 @@
 
 #include <utility>
 
-/// A file descriptor that closes itself; -1: none.
+/// A file descriptor, closed by the destructor; -1: none.
 class cDescriptor {
  public:
-  explicit cDescriptor(int descriptor = -1) : fd(descriptor) {}
+  explicit cDescriptor(int fd = -1) : fd(fd) {}
   cDescriptor(cDescriptor&& other) noexcept : fd(std::exchange(other.fd, -1)) {}
   cDescriptor& operator=(cDescriptor other) noexcept {
     std::swap(fd, other.fd);

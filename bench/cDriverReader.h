@@ -16,11 +16,11 @@ class cDriverReader : public iReader {
   boost::shared_ptr<cSensorDriver> sensor;
 };
 
-/// The driver of the sensor on `path`; std::runtime_error when none is found.
+/// The driver of the sensor on `path`. Throws std::runtime_error if no sensor is found.
 boost::shared_ptr<cSensorDriver> createDriver(const std::string& path);
 
-/// Starts the endless scan of the whole range; std::runtime_error when it is refused.
+/// Starts the endless scan of the whole range. Throws std::runtime_error if it is refused.
 void startEndlessScan(cSensorDriver& sensor);
 
-/// Waits for the next scan, at most iReader::PATIENCE; std::runtime_error when none comes.
+/// Waits for the next scan. Throws std::runtime_error if none arrives within iReader::TIMEOUT.
 boost::shared_ptr<cScan> takeScan(iSCIP2IF& scanner);

@@ -24,12 +24,12 @@ namespace {
 cDescriptor openMaster() {
   cDescriptor master(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
   if (master.get() < 0 || grantpt(master.get()) != 0 || unlockpt(master.get()) != 0) {
-    fail("no pseudo-terminal");
+    fail("no pseudo-terminal available");
   }
   return master;
 }
 
-/// Raw and without echo from the start, or the line would answer itself.
+/// Raw and without echo from the start: an echo would send the sensor its own answers.
 cDescriptor openSlave(const std::string& path) {
   cDescriptor slave(open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
   termios modes{};
@@ -42,7 +42,7 @@ cDescriptor openSlave(const std::string& path) {
 void writeAll(int fd, const std::string& bytes) {
   for (std::size_t done = 0; done < bytes.size();) {
     const ssize_t count = write(fd, bytes.data() + done, bytes.size() - done);
-    if (count <= 0) fail("the reader is gone");
+    if (count <= 0) fail("the reader closed the line");
     done += static_cast<std::size_t>(count);
   }
 }
@@ -55,13 +55,13 @@ void sleepUntil(double moment) {
   }
 }
 
-std::string hearLine(int fd) {
+std::string readLine(int fd) {
   std::string line;
   for (char c = 0; read(fd, &c, 1) == 1;) {
     if (c == '\n') return line;
     line += c;
   }
-  fail("the reader is gone");
+  fail("the reader closed the line");
 }
 
 std::string answerTo(const std::string& command) {
@@ -70,7 +70,7 @@ std::string answerTo(const std::string& command) {
     const auto line = [](const std::string& text) {
       return text + ";" + withSum(text).back() + "\n";
     };
-    answer += line("DMIN:23") + line("DMAX:" + std::to_string(LONGEST)) +
+    answer += line("DMIN:23") + line("DMAX:" + std::to_string(MAX_DISTANCE)) +
               line("ARES:" + std::to_string(STEPS_PER_TURN)) + line("AMIN:0") +
               line("AMAX:" + std::to_string(LAST_STEP)) +
               line("AFRT:" + std::to_string(FRONT_STEP)) + line("SCAN:2400");
@@ -80,41 +80,43 @@ std::string answerTo(const std::string& command) {
 
 }  // namespace
 
-void cFeeder::cUnmap::operator()(cNotes* mapped) const { munmap(mapped, sizeof(cNotes)); }
+void cFeeder::cUnmap::operator()(cSharedTimes* mapped) const {
+  munmap(mapped, sizeof(cSharedTimes));
+}
 
-cFeeder::cNotes* cFeeder::mapNotes() {
-  void* const memory =
-      mmap(nullptr, sizeof(cNotes), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-  if (memory == MAP_FAILED) fail("no shared memory (mmap)");
-  return new (memory) cNotes;
+cFeeder::cSharedTimes* cFeeder::mapSharedTimes() {
+  void* const memory = mmap(nullptr, sizeof(cSharedTimes), PROT_READ | PROT_WRITE,
+                            MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) fail("no shared memory available (mmap)");
+  return new (memory) cSharedTimes;
 }
 
 cFeeder::cFeeder(double period)
-    : notes(mapNotes()),
+    : times(mapSharedTimes()),
       master(openMaster()),
       path(ptsname(master.get())),
       slave(openSlave(path)),
       child(std::make_unique<cChild>([this, period](int) { feed(period); })) {
-  master.close();  // they are the child's now
+  master.close();  // the child has its own copies
   slave.close();
 }
 
-double cFeeder::getEnd(std::size_t index) const { return notes->ends[index]; }
+double cFeeder::getEnd(std::size_t index) const { return times->ends[index]; }
 
 void cFeeder::feed(double period) {
-  const std::string record = makeScanRecord(converse());
+  const std::string record = makeScanRecord(serveUntilScan());
   double due = now();
   for (std::size_t index = 0;; ++index) {
     if (period > 0) sleepUntil(due += period);
     writeAll(master.get(), record);
-    if (index < MOST_RECORDS) notes->ends[index] = now();
+    if (index < MAX_RECORDS) times->ends[index] = now();
   }
 }
 
-/// Answers until a scan is asked for; returns the line that asked.
-std::string cFeeder::converse() {
+/// Answers commands until a scan is requested; returns that command.
+std::string cFeeder::serveUntilScan() {
   for (;;) {
-    std::string command = hearLine(master.get());
+    std::string command = readLine(master.get());
     if (!command.empty()) writeAll(master.get(), answerTo(command));
     if (command.compare(0, 2, "MD") == 0) return command;
   }

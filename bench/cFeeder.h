@@ -8,40 +8,40 @@
 #include "bench/cChild.h"
 #include "bench/cDescriptor.h"
 
-/// The leanest sensor that a driver accepts: a process that answers every command, and from the
-/// first MD on writes the same scan record again and again, each with one write(2). It listens to
-/// nothing more then; destroying it ends it.
+/// The simplest sensor that a driver accepts: a process that answers every command, and after the
+/// first MD writes the same scan record again and again, each with one write(2). It reads nothing
+/// from then on; the destructor ends it.
 class cFeeder {
  public:
-  static constexpr std::size_t MOST_RECORDS = 1 << 16;  ///< whose ends are noted
+  static constexpr std::size_t MAX_RECORDS = 1 << 16;  ///< whose times are recorded
 
-  /// Begins to listen. @param period seconds between two records; 0: as fast as they are read.
-  /// Throws std::system_error when no process, pty or memory is to be had.
+  /// Starts listening. @param period seconds between two records; 0: as fast as they are read.
+  /// Throws std::system_error when no process, pty or memory is available.
   explicit cFeeder(double period);
 
   /// The pty to open.
   const std::string& getPath() const { return path; }
 
-  /// When the write of record `index` (the first after the acknowledgement is 0) had returned, on
-  /// the clock of now(). Only of records that are written and below MOST_RECORDS.
+  /// When the write of record `index` (0 is the first after the acknowledgement) returned, on the
+  /// clock of now(). Only for records already written, and below MAX_RECORDS.
   double getEnd(std::size_t index) const;
 
  private:
-  struct cNotes {
-    std::atomic<double> ends[MOST_RECORDS];
+  /// In memory that both processes share.
+  struct cSharedTimes {
+    std::atomic<double> ends[MAX_RECORDS];
   };
-  /// Memory that both processes see.
   struct cUnmap {
-    void operator()(cNotes* notes) const;
+    void operator()(cSharedTimes* times) const;
   };
 
-  static cNotes* mapNotes();
+  static cSharedTimes* mapSharedTimes();
   [[noreturn]] void feed(double period);
-  std::string converse();
+  std::string serveUntilScan();
 
-  std::unique_ptr<cNotes, cUnmap> notes;
-  cDescriptor master;  // the child's, like the next
+  std::unique_ptr<cSharedTimes, cUnmap> times;
+  cDescriptor master;  // open in the child only, like slave
   std::string path;
-  cDescriptor slave;  // keeps the line up while nobody else has it open
+  cDescriptor slave;  // keeps the line up while no reader has it open
   std::unique_ptr<cChild> child;
 };

@@ -43,8 +43,8 @@ cWorkerFloorReader::~cWorkerFloorReader() {
 void cWorkerFloorReader::take() {
   std::unique_lock<std::mutex> lock(mutex);
   const auto isDue = [this] { return arrived > 0 || failure; };
-  if (!changed.wait_for(lock, std::chrono::milliseconds(PATIENCE), isDue)) {
-    throw std::runtime_error("no scans come");
+  if (!changed.wait_for(lock, std::chrono::milliseconds(TIMEOUT), isDue)) {
+    throw std::runtime_error("no scan arrived in time");
   }
   if (arrived == 0) std::rethrow_exception(failure);
   --arrived;
@@ -54,7 +54,7 @@ void cWorkerFloorReader::work() {
   try {
     do {
       loop.awaitRecord();
-    } while (handOver());
+    } while (publish());
   } catch (...) {
     const std::lock_guard<std::mutex> guard(mutex);
     failure = std::current_exception();
@@ -62,8 +62,8 @@ void cWorkerFloorReader::work() {
   }
 }
 
-/// Counts a record and wakes the caller; false: there is none any more.
-bool cWorkerFloorReader::handOver() {
+/// Counts a record and wakes the caller; false when there is no caller any more.
+bool cWorkerFloorReader::publish() {
   const std::lock_guard<std::mutex> guard(mutex);
   ++arrived;
   changed.notify_one();

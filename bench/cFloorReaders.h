@@ -11,11 +11,11 @@
 #include "bench/cTty.h"
 #include "bench/iReader.h"
 
-/// poll and read of 12 bytes, and nothing but a look for the empty line that ends a record. No
-/// reader of 12 bytes that polls before each read can do with less.
+/// poll and read of 12 bytes, and nothing but a search for the empty line that ends a record. No
+/// reader that polls before each read of 12 bytes can cost less.
 class cFloorLoop {
  public:
-  /// Opens the tty, asks for scans and takes the acknowledgement.
+  /// Opens the tty, requests scans and takes the acknowledgement.
   explicit cFloorLoop(const std::string& path);
   void awaitRecord();
 
@@ -26,7 +26,7 @@ class cFloorLoop {
   std::size_t at = 0;
 };
 
-/// The floor.
+/// The floor: the loop alone.
 class cFloorReader : public iReader {
  public:
   explicit cFloorReader(const std::string& path) : loop(path) {}
@@ -36,8 +36,8 @@ class cFloorReader : public iReader {
   cFloorLoop loop;
 };
 
-/// The same while a second thread of the process sleeps: from then on the kernel counts the users
-/// of a descriptor at each call, which a library with a thread of its own cannot avoid.
+/// The same while a second thread of the process sleeps: with two threads the kernel counts the
+/// users of a descriptor at each call, which a library with its own thread cannot avoid.
 class cThreadedFloorReader : public cFloorReader {
  public:
   explicit cThreadedFloorReader(const std::string& path);
@@ -48,8 +48,8 @@ class cThreadedFloorReader : public cFloorReader {
   std::thread sleeper;
 };
 
-/// The same in a thread of its own, which wakes the caller for each record: what a driver that
-/// receives while its caller does other things costs at least.
+/// The same in a thread of its own, which wakes the caller for each record: the least cost of a
+/// driver that receives while its caller does other things.
 class cWorkerFloorReader : public iReader {
  public:
   explicit cWorkerFloorReader(const std::string& path);
@@ -58,13 +58,13 @@ class cWorkerFloorReader : public iReader {
 
  private:
   void work();
-  bool handOver();
+  bool publish();
 
   cFloorLoop loop;
   std::mutex mutex;
   std::condition_variable changed;
-  int arrived = 0;             // records nobody took; under `mutex`, like the next two
-  bool isEnding = false;       // the worker looks after each record
-  std::exception_ptr failure;  // what ended the worker before that
+  int arrived = 0;             // records not taken yet; under `mutex`, like the next two
+  bool isEnding = false;       // the worker checks it after each record
+  std::exception_ptr failure;  // what ended the worker otherwise
   std::thread worker;
 };

@@ -11,7 +11,7 @@ using nlohmann::ordered_json;
 
 namespace {
 
-/// Where a row's figure belongs; "a/b" is "b" within "a".
+/// Where a row's figure goes; "a/b" is "b" within "a".
 ordered_json& place(ordered_json& all, const std::string& key) {
   const std::size_t slash = key.find('/');
   if (slash == std::string::npos) return all[key];
@@ -30,7 +30,7 @@ void cReport::addRow(const std::string& key, double figure) {
   rows.push_back({key, figure, "", false, ""});
 }
 
-void cReport::refute(const std::string& key, const std::string& reason) {
+void cReport::markShort(const std::string& key, const std::string& reason) {
   for (cRow& row : rows) {
     if (row.key != key) continue;
     row.isShort = true;

@@ -15,22 +15,23 @@ cSimHost::cTotals addUp(const cSensors& sensors) {
     const cSimCounters counters = sensor->getCounters();
     totals.scans += counters.scans;
     totals.skippedScans += counters.skippedScans;
-    totals.bytes += counters.bytesHeard + counters.bytesWritten;
+    totals.bytes += counters.bytesReceived + counters.bytesWritten;
   }
   return totals;
 }
 
-/// The child: tells the paths, a line each and an empty one, then the totals at each byte it gets.
+/// The child: writes the paths, a line each, and an empty line; then the totals for each byte that
+/// it receives.
 void host(int pipe, cSimSetting setting, int count) {
   cSensors sensors;
-  std::string told;
-  for (int made = 0; made < count; ++made, ++setting.seed) {
+  std::string paths;
+  for (int started = 0; started < count; ++started, ++setting.seed) {
     sensors.push_back(std::make_unique<cSimSensor>(setting));
-    told += sensors.back()->getPath() + "\n";
+    paths += sensors.back()->getPath() + "\n";
   }
-  told += "\n";
-  if (write(pipe, told.data(), told.size()) != static_cast<ssize_t>(told.size())) return;
-  for (char asked = 0; read(pipe, &asked, 1) == 1;) {
+  paths += "\n";
+  if (write(pipe, paths.data(), paths.size()) != static_cast<ssize_t>(paths.size())) return;
+  for (char request = 0; read(pipe, &request, 1) == 1;) {
     const cSimHost::cTotals totals = addUp(sensors);
     if (write(pipe, &totals, sizeof totals) != sizeof totals) return;
   }
@@ -51,14 +52,14 @@ cSimHost::cSimHost(const cSimSetting& setting, int count)
       line.clear();
     }
   }
-  throw std::runtime_error("the simulated sensors cannot be made");
+  throw std::runtime_error("the simulated sensors did not start");
 }
 
 cSimHost::cTotals cSimHost::getTotals() {
   cTotals totals;
   if (write(child.getPipe(), "?", 1) != 1 ||
       read(child.getPipe(), &totals, sizeof totals) != sizeof totals) {
-    throw std::runtime_error("the simulated sensors are gone");
+    throw std::runtime_error("the simulated sensors have ended");
   }
   return totals;
 }

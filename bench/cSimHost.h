@@ -7,21 +7,21 @@
 #include "bench/cChild.h"
 #include "sim/tarvosim.h"
 
-/// Simulated sensors in a process of their own, from construction to destruction.
+/// Simulated sensors in a child process, from construction to destruction.
 class cSimHost {
  public:
-  /// What they have counted together since they were made.
+  /// The sum of what they have counted since construction.
   struct cTotals {
     std::uint64_t scans = 0;         ///< completely written
-    std::uint64_t skippedScans = 0;  ///< not written, because the reader was too slow
+    std::uint64_t skippedScans = 0;  ///< not written: the reader was too slow
     std::uint64_t bytes = 0;         ///< in both directions
   };
 
-  /// Makes `count` sensors with `setting` and its seed counted up. Throws std::runtime_error when
-  /// they cannot be made.
+  /// Starts `count` sensors with `setting`, each with the next seed. Throws std::runtime_error when
+  /// that fails.
   cSimHost(const cSimSetting& setting, int count);
 
-  /// Their ptys.
+  /// The paths of their ptys.
   const std::vector<std::string>& getPaths() const { return paths; }
   cTotals getTotals();
 

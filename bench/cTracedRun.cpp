@@ -21,12 +21,12 @@ constexpr const char* END = "tarvobench:end";
 std::string getOwnPath() {
   char path[PATH_MAX] = {};
   if (readlink("/proc/self/exe", path, sizeof path - 1) <= 0) {
-    throw std::runtime_error("this program does not find itself in /proc/self/exe");
+    throw std::runtime_error("cannot read /proc/self/exe");
   }
   return path;
 }
 
-/// A file that is there while this object lives.
+/// A file that exists as long as this object.
 class cTemporaryFile {
  public:
   cTemporaryFile() : descriptor(mkstemp(path.data())) {}
@@ -40,7 +40,7 @@ class cTemporaryFile {
   cDescriptor descriptor;
 };
 
-/// Runs a program and waits; its exit status, 127 when there is none.
+/// Runs a program and waits for its end; returns its exit status, 127 if it has none.
 int run(std::vector<std::string> words) {
   std::vector<char*> pointers;
   pointers.reserve(words.size() + 1);
@@ -75,8 +75,8 @@ cTracedRun::cTracedRun(const std::vector<std::string>& arguments) {
   readTrace(trace.getPath());
 }
 
-/// Lines are "PID name(arguments) = result"; a call that another thread's line parts is named again
-/// when it is "resumed", and counts where it began.
+/// Lines are "PID name(arguments) = result". A call that another thread's line interrupts is named
+/// again when it is "resumed"; it counts where it began.
 void cTracedRun::readTrace(const std::string& path) {
   std::ifstream lines(path);
   bool isBegun = false;
@@ -88,7 +88,7 @@ void cTracedRun::readTrace(const std::string& path) {
     if (isBegun && isCall) ++calls[line.substr(name, bracket - name)];
     if (has(line, BEGIN)) isBegun = true;
   }
-  throw std::runtime_error("the trace has no end mark");
+  throw std::runtime_error("the trace lacks the end mark");
 }
 
 int cTracedRun::count(const std::string& name) const {

@@ -4,20 +4,20 @@
 #include <string>
 #include <vector>
 
-/// This program, run once more under strace(1): which system calls it made between two marks.
+/// A run of this program under strace(1), and the system calls that it made between two marks.
 class cTracedRun {
  public:
   /// Runs this program with `arguments` and waits for its end. Throws std::runtime_error when
-  /// strace or the program fails, or the marks are missing.
+  /// strace or the program fails, or when a mark is missing.
   explicit cTracedRun(const std::vector<std::string>& arguments);
 
-  /// Calls of that name that were begun between the marks, in any thread.
+  /// How many calls of that name began between the marks, in any thread.
   int count(const std::string& name) const;
-  /// All of them.
+  /// How many calls of any name.
   int countAll() const;
 
-  /// Called by the program that is traced: the measurement begins, or ends. Either is one
-  /// access(2) of a file that does not exist.
+  /// For the traced program: marks the begin or the end of the measurement, by an access(2) to a
+  /// file that does not exist.
   static void markBegin();
   static void markEnd();
 

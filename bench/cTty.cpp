@@ -25,9 +25,9 @@ cDescriptor openRaw(const std::string& path) {
 
 std::size_t pollAndRead(int fd, char* buffer, std::size_t size) {
   pollfd waiting = {fd, POLLIN, 0};
-  if (poll(&waiting, 1, iReader::PATIENCE) <= 0) throw std::runtime_error("no scans come");
+  if (poll(&waiting, 1, iReader::TIMEOUT) <= 0) throw std::runtime_error("no scan arrived in time");
   const ssize_t count = read(fd, buffer, size);
-  if (count <= 0) throw std::runtime_error("the line is gone");
+  if (count <= 0) throw std::runtime_error("the sensor closed the line");
   return static_cast<std::size_t>(count);
 }
 
@@ -41,6 +41,6 @@ void writeScanCommand(int fd) {
 void decodeScan(const char* record, std::size_t size, std::vector<int>& distances) {
   decodePlainly(record, size, distances);
   if (distances.size() != READINGS || distances.back() != distanceAt(LAST_STEP)) {
-    throw std::runtime_error("a scan that is not the one sent");
+    throw std::runtime_error("a scan differs from the one sent");
   }
 }

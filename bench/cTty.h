@@ -10,8 +10,8 @@
 /// std::system_error.
 cDescriptor openRaw(const std::string& path);
 
-/// Waits for input and reads (poll(2), read(2)) at most `size` bytes; how many came. Throws
-/// std::runtime_error when nothing comes for iReader::PATIENCE.
+/// Waits for input and reads at most `size` bytes (poll(2), read(2)); returns how many. Throws
+/// std::runtime_error when nothing arrives within iReader::TIMEOUT.
 std::size_t pollAndRead(int fd, char* buffer, std::size_t size);
 
 /// Writes the command that starts the endless scan.

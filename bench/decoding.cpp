@@ -14,7 +14,7 @@
 
 namespace {
 
-/// Reads the characters of a string where they are.
+/// Reads a string without copying it.
 class cMemoryBuffer : public std::streambuf {
  public:
   explicit cMemoryBuffer(std::string& text) {
@@ -22,7 +22,7 @@ class cMemoryBuffer : public std::streambuf {
   }
 };
 
-/// A driver that is only asked to convert records. Its link is never spoken to: any terminal does.
+/// A driver that only converts records. Nothing is sent on its link, so that any terminal will do.
 class cConverter : public cSensorDriverSCIP2 {
  public:
   cConverter() : cSensorDriverSCIP2(makeLink()) {
@@ -69,7 +69,7 @@ void decodeWithoutLibrary(benchmark::State& state) {
 BENCHMARK(decodeWithLibrary);
 BENCHMARK(decodeWithoutLibrary);
 
-/// Keeps each repetition's CPU time an iteration.
+/// Keeps the CPU time per iteration of each repetition.
 class cCollector : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context&) override { return true; }

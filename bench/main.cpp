@@ -35,11 +35,11 @@ struct cOptions {
 void declare(CLI::App& app, cOptions& options) {
   std::vector<std::string> names;
   for (const cSuite& suite : SUITES) names.emplace_back(suite.name);
-  app.add_flag("--quick", options.isQuick, "A rough run of two minutes");
-  app.add_option("-o,--output", options.output, "The file for the figures, as JSON")
+  app.add_flag("--quick", options.isQuick, "A rough run that takes two minutes");
+  app.add_option("-o,--output", options.output, "Write the figures to this file, as JSON")
       ->capture_default_str();
-  app.add_option("--only", options.only, "Only these groups")->check(CLI::IsMember(names));
-  // What the bench runs under strace.
+  app.add_option("--only", options.only, "Measure only these groups")->check(CLI::IsMember(names));
+  // Hidden: for the runs under strace.
   app.add_option("--traced-reader", options.tracedReader)->group("");
   app.add_flag("--traced-idle", options.isTracedIdle)->group("");
   app.add_option("--traced-path", options.tracedPath)->group("");
@@ -52,7 +52,7 @@ double getLoad() {
   return load;
 }
 
-/// Measures and reports; the suites that did not work.
+/// Measures and reports; returns how many suites failed.
 int bench(const cOptions& options) {
   const cPlan plan = options.isQuick ? cPlan::quick() : cPlan();
   cReport report;
@@ -81,8 +81,8 @@ int bench(const cOptions& options) {
 }
 
 int measure(const cOptions& options) {
-  signal(SIGHUP, SIG_IGN);   // ptys hang up at the end of each measurement
-  std::cerr.rdbuf(nullptr);  // the library's messages; ours go past it
+  signal(SIGHUP, SIG_IGN);   // a pty hangs up at the end of each measurement
+  std::cerr.rdbuf(nullptr);  // discards the library's messages; ours do not use it
   if (!options.tracedReader.empty()) {
     runTracedReader(options.tracedReader, options.tracedPath,
                     static_cast<int>(options.tracedAmount));
@@ -96,7 +96,7 @@ int measure(const cOptions& options) {
 }
 
 int run(int argc, char** argv) {
-  CLI::App app("Measures libtarvolink beside bare loops on simulated sensors.");
+  CLI::App app("Measures libtarvolink against bare loops, on simulated sensors.");
   cOptions options;
   declare(app, options);
   CLI11_PARSE(app, argc, argv);

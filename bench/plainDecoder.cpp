@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr std::size_t DATA_MOST = 8192;
+constexpr std::size_t MAX_DATA = 8192;
 constexpr int HEAD_LINES = 3;  // echo, status, time
 
 bool hasSum(const char* line, std::size_t length) {
@@ -25,7 +25,7 @@ void decodeThree(const char* data, std::size_t size, std::vector<int>& distances
 }  // namespace
 
 void decodePlainly(const char* record, std::size_t size, std::vector<int>& distances) {
-  char data[DATA_MOST];
+  char data[MAX_DATA];
   std::size_t dataSize = 0;
   const char* const end = record + size;
   for (int lines = 0;; ++lines) {
@@ -34,7 +34,7 @@ void decodePlainly(const char* record, std::size_t size, std::vector<int>& dista
     const auto length = static_cast<std::size_t>(static_cast<const char*>(found) - record);
     if (length == 0) break;
     if (lines > 0 && !hasSum(record, length)) throw std::runtime_error("a line with a wrong sum");
-    if (lines >= HEAD_LINES && dataSize + length <= DATA_MOST) {
+    if (lines >= HEAD_LINES && dataSize + length <= MAX_DATA) {
       std::memcpy(data + dataSize, record, length - 1);
       dataSize += length - 1;
     }

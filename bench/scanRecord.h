@@ -3,17 +3,17 @@
 #include <cstddef>
 #include <string>
 
-/// The scan that every reader is given: a long range sensor's whole sweep in three characters a
+/// The scan that every reader receives: the whole range of a long range sensor, three characters a
 /// reading.
 constexpr int LAST_STEP = 1080;
 constexpr int READINGS = LAST_STEP + 1;
 constexpr int STEPS_PER_TURN = 1440;
 constexpr int FRONT_STEP = 540;
-constexpr int LONGEST = 60000;  ///< millimetres
+constexpr int MAX_DISTANCE = 60000;  ///< millimetres
 constexpr double SCANS_PER_SECOND = 40;
 constexpr const char* SCAN_COMMAND = "MD0000108001000";
 
-/// `text` and its sum: the bytes added up, the lowest six bits, plus 0x30.
+/// `text` and its sum: the bytes added up, the low six bits, plus 0x30.
 inline std::string withSum(const std::string& text) {
   unsigned sum = 0;
   for (const char c : text) sum += static_cast<unsigned char>(c);
@@ -23,7 +23,7 @@ inline std::string withSum(const std::string& text) {
 /// What the sensor measures at `step`, in millimetres.
 inline int distanceAt(int step) { return 500 + step * 37 % 40000; }
 
-/// The record of one scan as it goes over the line, the echo being `command`.
+/// The record of one scan as it is sent, with `command` as its echo.
 inline std::string makeScanRecord(const std::string& command) {
   std::string data;
   for (int step = 0; step < READINGS; ++step) {

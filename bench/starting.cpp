@@ -9,16 +9,16 @@
 
 namespace {
 
-constexpr double TURN = 0.1;        // seconds that the short range sensor's scan takes
+constexpr double TURN = 0.1;        // seconds a scan of the short range sensor takes
 constexpr double BITS_A_BYTE = 10;  // on a serial line: start, eight, stop
 
-// What a detection waits for by its own rules, in seconds.
-constexpr double GREETING = 0.3;  // for what the sensor still had to say
-constexpr double UNANSWERED_DETECTION = GREETING + 2 + 2 + 0.3;  // and for VV, TM2 and V
+// The waits that a detection prescribes, in seconds.
+constexpr double INITIAL_READ = 0.3;  // for what the sensor was still sending
+constexpr double UNANSWERED_DETECTION = INITIAL_READ + 2 + 2 + 0.3;  // and for VV, TM2 and V
 
 struct cStart {
   double seconds = 0;
-  std::uint64_t bytes = 0;  ///< both ways
+  std::uint64_t bytes = 0;  ///< in both directions
 };
 
 cStart timeFirstScan(int speed) {
@@ -30,13 +30,13 @@ cStart timeFirstScan(int speed) {
   iSCIP2IF& scanner = *driver->getSCIP2IF();
   if (scanner.startScan(driver->getMinSpot(), driver->getMaxSpot(), 1, 0, 1, driver->getMaxDist()) <
       0) {
-    throw std::runtime_error("the scan does not start");
+    throw std::runtime_error("the scan did not start");
   }
   takeScan(scanner);
   return {now() - begin, host.getTotals().bytes};
 }
 
-/// A start beside what it must wait for: the detections' own waits, the bytes on the line, a turn.
+/// Compares a start with its lower bound: the prescribed waits, the bytes on the line, one turn.
 void addStart(cReport& report, int speed, double seconds, double waits, std::uint64_t bytes) {
   const double expected = waits + static_cast<double>(bytes) * BITS_A_BYTE / speed + TURN;
   report.addRow(fmt::format("first_scan_s/{}", speed), seconds, eGoal::AT_MOST, 1.1 * expected);
@@ -53,9 +53,9 @@ void measureStarting(const cPlan& plan, cReport& report) {
     start = timeFirstScan(115200);
     quick.push_back(start.seconds);
   }
-  addStart(report, 115200, median(quick), GREETING, start.bytes);
-  // Unanswered: at the first speed and at the three that are tried before the right one. The bytes
-  // are those of the other start: here garbage is counted too.
+  addStart(report, 115200, median(quick), INITIAL_READ, start.bytes);
+  // Four detections fail: at the present speed, then at the three speeds tried before the right
+  // one. The bytes are those of the other start, since the count of this one includes garbage.
   const cStart slow = timeFirstScan(57600);
-  addStart(report, 57600, slow.seconds, 4 * UNANSWERED_DETECTION + GREETING, start.bytes);
+  addStart(report, 57600, slow.seconds, 4 * UNANSWERED_DETECTION + INITIAL_READ, start.bytes);
 }

@@ -13,10 +13,10 @@ namespace {
 constexpr int PACED_WARM_UP = 5;  // scans
 constexpr double FLOOD_WARM_UP = 0.1;
 
-/// A reader's figures, one a round.
+/// A reader's figures, one per round.
 struct cSeries {
-  std::vector<double> cpu;          // microseconds a scan
-  std::vector<double> allocations;  // a scan
+  std::vector<double> cpu;          // microseconds per scan
+  std::vector<double> allocations;  // per scan
   std::vector<double> throughput;   // MB/s
   std::vector<double> p50, p99;     // microseconds
 };
@@ -62,9 +62,9 @@ void takeFlood(const cReaderKind& kind, double seconds, cSeries& series) {
   series.throughput.push_back(static_cast<double>(bytes) / (end - begin) / 1e6);
 }
 
-/// Every reader, round after round, the first in turn another each round.
-template <typename tTake>
-cSeriesByReader takeTurns(int rounds, tTake take) {
+/// Measures every reader in each round; the rounds start with different readers.
+template <typename tMeasure>
+cSeriesByReader alternate(int rounds, tMeasure take) {
   cSeriesByReader all;
   std::vector<cReaderKind> kinds = readerKinds();
   for (int round = 0; round < rounds; ++round) {
@@ -86,7 +86,7 @@ double ratio(const std::vector<double>& library, const std::vector<double>& othe
 }  // namespace
 
 void measurePaced(const cPlan& plan, cReport& report) {
-  cSeriesByReader all = takeTurns(plan.rounds, [&plan](const cReaderKind& kind, cSeries& series) {
+  cSeriesByReader all = alternate(plan.rounds, [&plan](const cReaderKind& kind, cSeries& series) {
     takePaced(kind, plan.pacedScans, series);
   });
   const cSeries& library = all["library"];
@@ -109,7 +109,7 @@ void measurePaced(const cPlan& plan, cReport& report) {
 }
 
 void measureFlood(const cPlan& plan, cReport& report) {
-  cSeriesByReader all = takeTurns(plan.rounds, [&plan](const cReaderKind& kind, cSeries& series) {
+  cSeriesByReader all = alternate(plan.rounds, [&plan](const cReaderKind& kind, cSeries& series) {
     takeFlood(kind, plan.floodSeconds, series);
   });
   report.addRow("flood_throughput_vs_f12", ratio(all["library"].throughput, all["f12"].throughput),

@@ -5,18 +5,18 @@
 #include "bench/cPlan.h"
 #include "bench/cReport.h"
 
-/// Each measures a group of rows and adds them to the report. They need a process without other
-/// threads and throw std::runtime_error when something does not work.
+/// Each measures a group of rows and adds them to the report. Each needs a process with a single
+/// thread, and throws std::runtime_error on failure.
 
-/// 40 Hz: CPU and allocations a scan, latency; every reader in turn.
+/// At 40 Hz: CPU time and allocations per scan, latency; every reader.
 void measurePaced(const cPlan& plan, cReport& report);
-/// As fast as it can be read: every reader in turn.
+/// As fast as possible: throughput; every reader.
 void measureFlood(const cPlan& plan, cReport& report);
-/// System calls a record of every reader, and of an idle driver, counted by strace.
+/// System calls per record of every reader, and per second of an idle driver, counted by strace.
 void measureSystemCalls(const cPlan& plan, cReport& report);
-/// Record bytes in memory to a scan, beside plain decoding.
+/// From a record's bytes in memory to a scan, compared with plain decoding.
 void measureDecoding(const cPlan& plan, cReport& report);
-/// Many sensors on one process.
+/// Many sensors in one process.
 void measureScaling(const cPlan& plan, cReport& report);
-/// From create to the first scan on real line speeds.
+/// From create to the first scan, at real line speeds.
 void measureStarting(const cPlan& plan, cReport& report);

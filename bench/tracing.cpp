@@ -16,7 +16,7 @@
 namespace {
 
 constexpr int WARM_UP = 5;  // scans
-// A traced call takes some 50 us: at the sensor's own rate the reader would not keep up.
+// A traced call takes about 50 us: the reader could not keep up with the sensor's own rate.
 constexpr double TRACED_PERIOD = 0.1;  // seconds
 
 double countCalls(const cReaderKind& kind, int scans) {
@@ -32,7 +32,7 @@ double countIdleCalls(double seconds) {
   const cSimHost host(setting, 1);
   const cTracedRun run({"--traced-idle", "--traced-path", host.getPaths().front(),
                         "--traced-amount", fmt::format("{}", seconds)});
-  // Less the sleep that the measurement itself takes.
+  // Without the sleep of the measurement itself.
   return static_cast<double>(run.countAll() - 1) / seconds;
 }
 
@@ -48,7 +48,7 @@ void runTracedReader(const std::string& name, const std::string& path, int scans
 
 void runTracedIdle(const std::string& path, double seconds) {
   const boost::shared_ptr<cSensorDriver> driver = createDriver(path);
-  // The worker hands out its last answer a moment before it goes to sleep.
+  // The worker delivers its last answer a moment before it goes to sleep.
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
   cTracedRun::markBegin();
   std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
@@ -58,6 +58,7 @@ void runTracedIdle(const std::string& path, double seconds) {
 void measureSystemCalls(const cPlan& plan, cReport& report) {
   const std::size_t bytes = makeScanRecord(std::string(SCAN_COMMAND) + ";1").size();
   const std::size_t reads = (bytes + 11) / 12;
+  // A poll and a read for each 12 bytes, and a few calls to wake the caller.
   const auto bound = static_cast<double>(2 * reads + 6);
   for (const cReaderKind& kind : readerKinds()) {
     const double calls = countCalls(kind, plan.tracedScans);

@@ -4,14 +4,14 @@
 
 namespace {
 
-// Any terminal will do to begin with; nothing is read from it.
+// The base class needs a terminal; nothing is read from this one.
 constexpr const char* SOME_TERMINAL = "/dev/ptmx";
 
 }  // namespace
 
-cMemoryPort::cMemoryPort(std::size_t pieceSize)
+cMemoryPort::cMemoryPort(std::size_t piece)
     : kavTBX::basic_portbuf<char>(SOME_TERMINAL, boost::shared_ptr<kavTBX::cPortSetting>()),
-      piece(pieceSize) {}
+      piece(piece) {}
 
 void cMemoryPort::arrive(const std::string& bytes) {
   boost::mutex::scoped_lock lock(mutex);
@@ -25,13 +25,14 @@ void cMemoryPort::waitUntilDrained() {
   while (!drained) changed.wait(lock);
 }
 
-/// Characters come back as themselves, unlike from the tty, where a byte 0xFF at the beginning of a
-/// read is an end of file: the results must not depend on where the pieces are cut.
+// Returns characters unchanged, unlike the tty, where a byte 0xFF at the start of a read means end
+// of file: the results must not depend on where the pieces are cut.
 cMemoryPort::int_type cMemoryPort::underflow() {
   boost::mutex::scoped_lock lock(mutex);
   if (waiting.empty()) {
     drained = true;
     changed.notify_all();
+    // A millisecond stands for the read time-out, so that a run takes no time.
     if (!isInterrupted()) changed.wait_for(lock, boost::chrono::milliseconds(1));
   }
   if (waiting.empty()) return traits_type::eof();

@@ -9,20 +9,20 @@
 
 #include "tarvolink/port/basic_portbuf.h"
 
-/// A port whose far end is a string: reads come in pieces of a given size, and what the host
-/// writes goes to a callback, which may answer. The library reads it by its own functions.
+/// A port whose far end is a string: reads return pieces of a given size, and what the host writes
+/// goes to a callback, which may answer. The library reads it by its own functions.
 class cMemoryPort : public kavTBX::basic_portbuf<char> {
  public:
-  /// A port that gives at most `piece` characters a read.
+  /// @param piece  characters that a read returns, at most
   explicit cMemoryPort(std::size_t piece);
 
-  /// Lets `bytes` arrive. Any thread.
+  /// Makes `bytes` arrive. Any thread.
   void arrive(const std::string& bytes);
 
-  /// Waits until a reader has taken all that has arrived and come back for more.
+  /// Waits until a reader has read all that arrived and has tried to read more. Any thread.
   void waitUntilDrained();
 
-  /// Called with each line that the host writes, in the writing thread.
+  /// Called with each line that the host writes, in the thread that writes it.
   std::function<void(const std::string&)> onWrite;
 
  protected:
@@ -31,7 +31,7 @@ class cMemoryPort : public kavTBX::basic_portbuf<char> {
 
  private:
   const std::size_t piece;
-  std::string current;  // what the get area lies in; reader only
+  std::string current;  // holds the get area; reader only
   boost::mutex mutex;
   boost::condition changed;
   std::string waiting;   // under mutex

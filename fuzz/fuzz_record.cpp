@@ -1,5 +1,5 @@
-// Records: the reader itself, and the link's exchange in the form of SCIP 1.x (an echo that is the
-// command) and of SCIP 2.0 (an echo with a tag).
+// Records: the reader itself, and the link's exchange as in SCIP 1.x (the echo is the command) and
+// as in SCIP 2.0 (an echo with a tag).
 
 #include <boost/shared_ptr.hpp>
 #include <cstdint>
@@ -31,7 +31,7 @@ void readAll(const std::string& bytes) {
   }
 }
 
-/// What an exchange leaves, to be compared between ways of cutting the bytes.
+/// The result of an exchange, to be compared between different piece sizes.
 std::string exchange(const std::string& command, const std::string& bytes, std::size_t piece) {
   const boost::shared_ptr<cMemoryPort> port(new cMemoryPort(piece));
   cTarvoLink link(port);

@@ -1,5 +1,6 @@
-// SCIP 1.x: the version answer, the scan data in its three-character form, and in its two-character
-// form short of the assertion that answers with a wrong number of points end in.
+// SCIP 1.x: the version answer, the scan data with three characters a reading, and with two. The
+// latter gets the number of readings that it has, since a wrong one ends in an assertion on
+// purpose.
 
 #include <boost/shared_ptr.hpp>
 #include <cstdint>
@@ -12,7 +13,7 @@
 
 namespace {
 
-/// The values of the body up to its first empty line, as the two-character decoder counts them.
+/// How many readings the two-character decoder finds in the body, up to its first empty line.
 int countPairs(const std::string& body) {
   int pairs = 0;
   std::istringstream lines(body);
@@ -25,7 +26,7 @@ int countPairs(const std::string& body) {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  std::cerr.setstate(std::ios::failbit);  // refusals are told there, and are no news here
+  std::cerr.setstate(std::ios::failbit);  // refusals are reported there and are expected here
   std::cout.setstate(std::ios::failbit);
   return 0;
 }

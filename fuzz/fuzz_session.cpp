@@ -1,5 +1,5 @@
-// A SCIP 2.0 session: an information answer or a running scan whose bytes are the input's, cut into
-// reads of 1, 12 and all characters; what the driver makes of them must not depend on that.
+// A SCIP 2.0 session: an information answer or a running scan whose bytes are the input, in reads
+// of 1, 12 and all characters; the driver's result must not depend on that.
 
 #include <boost/shared_ptr.hpp>
 #include <cstdint>
@@ -80,7 +80,7 @@ std::string run(unsigned kind, const std::string& bytes, std::size_t piece) {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  std::cerr.setstate(std::ios::failbit);  // refusals are told there, and are no news here
+  std::cerr.setstate(std::ios::failbit);  // refusals are reported there and are expected here
   return 0;
 }
 

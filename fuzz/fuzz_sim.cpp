@@ -1,5 +1,5 @@
-// The simulated sensor's command reader, in each dialect: whatever a host says, each command gets
-// at most one answer, which ends in an empty line.
+// The simulated sensor's protocol, in each dialect: whatever a host sends, each command gets at
+// most one answer, which ends in an empty line.
 
 #include <cstdint>
 #include <cstdlib>
@@ -12,15 +12,15 @@ const cSimModel& model = cSimModel::of(eSimModel::SHORT_RANGE);
 const cSimWorld world(model, model.rate(), 1);
 
 void answer(cSimProtocol& sensor, const cSimCommand& command, std::uint32_t turn) {
-  cSimMoment moment;
-  moment.stamp = moment.lastStamp = moment.nextStamp = turn * 100;
-  moment.lastScan = turn;
-  moment.nextScan = turn + 1;
-  const std::string said = sensor.answer(command, moment).bytes;
-  if (!said.empty() && (said.size() < 2 || said.compare(said.size() - 2, 2, "\n\n") != 0)) {
+  cSimClock clock;
+  clock.stamp = clock.lastStamp = turn * 100;
+  clock.lastScan = turn;
+  clock.nextScan = turn + 1;
+  const std::string bytes = sensor.answer(command, clock).bytes;
+  if (!bytes.empty() && (bytes.size() < 2 || bytes.compare(bytes.size() - 2, 2, "\n\n") != 0)) {
     std::abort();
   }
-  if (turn % 2 == 0) sensor.allSaid();
+  if (turn % 2 == 0) sensor.allSent();
   if (sensor.getTask() != nullptr) sensor.makeScan(turn, turn * 100);
 }
 
@@ -36,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   cSimProtocol sensor(setting, model, world);
   std::uint32_t turn = 0;
   for (std::size_t i = 1; i < size; ++i) {
-    if (const auto command = sensor.hear(static_cast<char>(data[i]))) {
+    if (const auto command = sensor.receive(static_cast<char>(data[i]))) {
       answer(sensor, *command, ++turn);
     }
   }
