@@ -24,8 +24,8 @@ std::string toText(const cScan& scan) {
 
 }  // namespace
 
-// Would catch code in the guide that tells another cause; the code words have tests of their own.
-TEST(DocumentedCode, tellsCauseAndTime) {
+// Catches: code in the guide that reports another cause; the code words have tests of their own.
+TEST(DocumentedCode, ReportsCauseAndTime) {
   cSimSensor simulated{cSimSetting{}};
   const auto sensor = cSensorDriverManager::create(simulated.getPath());
   simulated.setFault(eSimFault::STATUS, simStatus("0E"), "BM");
@@ -36,5 +36,6 @@ TEST(DocumentedCode, tellsCauseAndTime) {
   EXPECT_EQ(toWords(cSCIPError::ESCIP1_STATUS), "SCIP 1.x status 0");
   EXPECT_EQ(toWords(cSCIPError::EINVALID_STATUS), "damaged answer");
   EXPECT_EQ(toWords(cSCIPError::ETIMEOUT_ECHO), "no answer");
+  EXPECT_EQ(cSCIPError::getErrorString(0x400, ""), "Error String Not implemented yet.");
   EXPECT_EQ(toText(cScan(0, 0, 0)), "1970-01-01T00:00:00");
 }

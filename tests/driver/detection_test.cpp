@@ -1,9 +1,7 @@
-// How a sensor is found. What a path may be instead of a sensor's, the opening faults have.
-#include <gtest/gtest.h>
-
+// How a sensor is found, and what a path may be instead of a sensor's.
 #include "tests/support/cCaseName.h"
-#include "tests/support/cScriptedPeer.h"
-#include "tests/support/driving.h"
+#include "tests/support/cScriptedSensor.h"
+#include "tests/tools/cTempFolder.h"
 
 namespace {
 
@@ -21,15 +19,15 @@ struct cKind {
   int speed;            // the sensor's
   unsigned detections;  // at 115200 first, then at the speeds in their order
   eSimGarbage garbage = eSimGarbage::BY_SEED;
+  bool isScanning = false;  // for another program, when it is searched for
 };
 
-class cDetected : public testing::TestWithParam<cKind> {};
+class Detected : public testing::TestWithParam<cKind> {};
 
-}  // namespace
-
-// Would catch: a wrong order of speeds, garbage taken for an answer or stopping the search; a
-// sensor found as another kind; bytes lost to the probe's thread; a found one that gives no scans.
-TEST_P(cDetected, IsFoundAsItsKindAndScans) {
+// Catches: a wrong order of speeds, garbage or another program's scans taken for an answer or
+// stopping the search; a sensor found as another kind; bytes lost to the probe's thread; a found
+// sensor that gives no scans.
+TEST_P(Detected, IsOfItsKindAndScans) {
   const cKind& kind = GetParam();
   cSimSetting setting = quick();
   setting.dialect = kind.dialect;
@@ -37,31 +35,40 @@ TEST_P(cDetected, IsFoundAsItsKindAndScans) {
   if (kind.dialect != SCIP2) setting.blankCommands = kind.unknown;
   setting.speed = kind.speed;
   setting.garbage = kind.garbage;
-  const cSimSensor sensor(setting);
+  setting.scanningAtStart = kind.isScanning;
+  cSimSensor sensor(setting);
+  const tLink link = openLink(sensor.getPath(), LONG);
+  const std::string older = "000725010;3\n99b\n0123";  // the rest of another program's answer
+  sensor.inject(older);
+  ASSERT_TRUE(sensor.waitFor(&cSimCounters::bytesWritten, older.size(), LONG_TIME));
   tDriver driver;
-  const cOutput output = outputOf([&] { driver = cSensorDriverManager::create(sensor.getPath()); });
+  const cOutput output = outputOf([&] { driver = cSensorDriverManager::create(link); });
   ASSERT_TRUE(driver);
+  EXPECT_EQ(link->portbuf->readTimeout, 300);
   const bool isScip1 = dynamic_cast<cSensorDriverSCIP1*>(driver.get()) != nullptr;
   EXPECT_EQ(isScip1, kind.dialect == SCIP1);
   EXPECT_EQ(driver->isActivated(), !isScip1);
   EXPECT_EQ(output.out + output.err, kind.dialect == SCIP2 ? "driver is activated\n" : "");
   if (kind.dialect == SCIP2) {
     constexpr std::size_t IN_VAIN = sizeof "VV;1\n\n\nTM2;2\nV\n" - 1;
-    EXPECT_EQ(sensor.getCounters().bytesHeard,
+    EXPECT_EQ(sensor.getCounters().bytesReceived,
               sizeof "VV;1\n\n\nTM2;2\nPP;3\n" - 1 + IN_VAIN * (kind.detections - 1));
+    EXPECT_TRUE(kind.detections > 1 || driver->getVend() == "Simulated sensors") << "asked once";
   }
+  iSCIP2IF& face = *driver->getSCIP2IF();
+  EXPECT_TRUE(stopLeftScan(face));
   for (int i = 0; i < 10; ++i) ASSERT_EQ(driver->getSCIP1IF()->doVersion(), 0) << i;
   EXPECT_EQ(driver->getVend(), isScip1 ? "Simulated sensors;" : "Simulated sensors");
-  iSCIP2IF& face = *driver->getSCIP2IF();
-  const std::size_t sent = startSurely(sensor, face, 44, 143, 1, 2, 4095);
+  const std::size_t sent = startRetrying(sensor, face, 44, 143, 1, 2, 4095);
   for (std::size_t i = 0; i < 2; ++i) {
     EXPECT_EQ(distancesOf(takeScan(face)), truth(sensor, sent + i, 44, 143, 1, 4095));
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Kinds, cDetected,
+    Kinds, Detected,
     testing::Values(cKind{"Scip2", SCIP2, STATUS, 115200, 1},
+                    cKind{"Scip2LeftScanning", SCIP2, STATUS, 0, 1, eSimGarbage::BY_SEED, true},
                     cKind{"Scip2At500000", SCIP2, STATUS, 500000, 3, eSimGarbage::LINES},
                     cKind{"Scip2At57600", SCIP2, STATUS, 57600, 5, eSimGarbage::NO_LINES},
                     cKind{"Scip1Status", SCIP1, STATUS, 115200, 1},
@@ -72,44 +79,42 @@ INSTANTIATE_TEST_SUITE_P(
                     cKind{"SwitchAt57600", SWITCH, SILENT, 57600, 5}),
     cCaseName());
 
-// Would catch: a branch taken wrongly, an exchange too many, an exception out of a fetch.
+// Catches: a branch taken wrongly, an exchange too many, an exception out of a fetch.
 TEST(Detection, DecidesByTheAnswers) {
   struct cRow {
     std::string answers;  // each "|", command without tag, ">", status line and body
-    std::string asked;    // the lines, each with its end
+    std::string asked;    // the lines that are not blank, behind those of each probe
+    std::size_t blankLines;
     const char* message;
     bool isFound = true;
   };
-  const std::string probe = "VV;1\n\n\nTM2;2\n";
   // The sum of "ABC" is right, but that is too short for a key and a value.
   for (const cRow& row :
-       {cRow{"|VV>00P|TM2>50U|PP>00P", probe + "PP;3\n", "driver is activated\n"},
-        cRow{"|VV>00P\nABC;6|TM2>00P|PP>00P\nABC;6", probe + "PP;3\n", "driver is activated\n"},
-        cRow{"|TM2>1|V>0|SCIP2.0>0|PP>00P\nABC;6", probe + "V\nSCIP2.0\nPP;1\n", ""},
-        cRow{"|TM2>0Ee|RS>00P", probe + "\nRS;3\n", ""},
-        cRow{"|TM2>0Ee|RS>0Ee", probe + "\nRS;3\n", "", false},
-        cRow{"|TM2>00x|V>1", probe + "V\n", "", false}}) {
-    const cPtyPair cable;
-    std::string asked;
-    cScriptedPeer peer(cable, [&](const std::string& line) -> std::string {
-      asked += line + "\n";
+       {cRow{"|VV>00P|TM2>50U|PP>00P", "PP;3\n", 2, "driver is activated\n"},
+        cRow{"|VV>00P\nABC;6|TM2>00P|PP>00P\nABC;6", "PP;3\n", 2, "driver is activated\n"},
+        cRow{"|TM2>1|V>0|SCIP2.0>0|PP>00P\nABC;6", "V\nSCIP2.0\nPP;1\n", 2, ""},
+        cRow{"|TM2>0Ee|RS>00P", "RS;3\n", 3, ""}, cRow{"|TM2>0Ee|RS>0Ee", "RS;3\n", 3, "", false},
+        cRow{"|TM2>00x|V>1", "V\n", 2, "", false}}) {
+    const cScriptedSensor sensor([&](const std::string& line) -> std::string {
       const std::string key = "|" + line.substr(0, line.find(';')) + ">";
       if (row.answers.find(key) == std::string::npos) return "";
       const std::size_t begin = row.answers.find(key) + key.size();
       return line + "\n" + row.answers.substr(begin, row.answers.find('|', begin) - begin) + "\n\n";
     });
-    tLink link = openLink(cable.getPath());
+    tLink link = openLink(sensor.getPath());
     tDriver driver;
     const cOutput output = outputOf([&] { driver = cSensorDriverManager::tryCreate(link); });
     EXPECT_EQ(output.out + output.err, row.message) << row.answers;
     EXPECT_EQ(driver && driver->isActivated(), row.isFound) << row.answers;
-    peer.end();
-    EXPECT_EQ(asked, row.asked);
+    std::string asked;
+    for (const std::string& line : sensor.getCommands()) asked += line + "\n";
+    EXPECT_EQ(asked, "VV;1\nTM2;2\n" + row.asked);
+    EXPECT_EQ(sensor.getCounters().bytesReceived, asked.size() + row.blankLines);
   }
 }
 
-// Would catch: a sleeping probe that keeps the device's name taken, a thread left behind.
-TEST(Detection, LetsGoOfASwitchedSensor) {
+// Catches: a sleeping probe that keeps the device's name taken, a thread left behind.
+TEST(Detection, ReleasesASwitchedSensor) {
   cSimSetting setting;
   setting.dialect = SWITCH;
   const cSimSensor sensor(setting);
@@ -121,19 +126,40 @@ TEST(Detection, LetsGoOfASwitchedSensor) {
   EXPECT_TRUE(eventually([&] { return countThreads() == threads + 1; })) << "the sleeping probe's";
 }
 
-// Would catch: detections too many or too few, a probe left over, messages that moved.
-TEST(Detection, SaysSoWhenNoSensorAnswers) {
+std::string failureAt(const std::string& path) {
+  return "Failed all 19200/57600/115200/500000bps. (even tried 3times for each)\n[" + path + "]\n";
+}
+
+// Catches: a search through all speeds, a minute long, where there is no terminal; a file made of a
+// missing one's name, commands written into a file.
+TEST(Detection, RefusesAtOnceWhatIsNoTerminal) {
+  const cTempFolder folder;
+  std::ofstream(folder / "file") << "kept";
+  for (const std::string& path :
+       {folder / "none", folder / "", folder / "file", std::string("/dev/null")}) {
+    cOutput output;
+    const auto search = [&] { EXPECT_FALSE(cSensorDriverManager::create(path)); };
+    EXPECT_LT(measure([&] { output = outputOf(search); }), LONG) << path;
+    EXPECT_EQ(output.out, failureAt(path));
+  }
+  EXPECT_EQ(readFile(folder / "file"), "kept");
+  EXPECT_FALSE(std::filesystem::exists(folder / "none"));
+}
+
+// Catches: detections too many or too few, a probe left over, messages that moved.
+TEST(Detection, FailsWhereNoSensorAnswers) {
   cSimSensor mute{cSimSetting()};
   mute.setFault(eSimFault::STALL);
   const int threads = countThreads();
   const std::string path = mute.getPath();
   const cOutput output = outputOf([&] { EXPECT_FALSE(cSensorDriverManager::create(path)); });
-  EXPECT_EQ(output.out, "Failed all 19200/57600/115200/500000bps. (even tried 3times for each)\n[" +
-                            path + "]\n");
+  EXPECT_EQ(output.out, failureAt(path));
   EXPECT_EQ(output.err, "cSensorDriver::Could not activate driver\n");
-  std::vector<std::string> asked;
+  tLines asked;
   for (int i = 0; i < 13; ++i) asked.insert(asked.end(), {"VV;1", "TM2;2", "V"});
   EXPECT_EQ(mute.getCommands(), asked);
   EXPECT_EQ(countOpen(path), 1) << "but the sensor's own";
   EXPECT_TRUE(eventually([&] { return countThreads() == threads; }));
 }
+
+}  // namespace

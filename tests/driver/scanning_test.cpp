@@ -1,11 +1,11 @@
-#include <gtest/gtest.h>
-
+// Scans: started, taken, stopped; and what becomes one.
 #include <atomic>
-#include <climits>
 
-#include "tests/driver/cScriptedDriver.h"
+#include "tests/support/cScriptedSensor.h"
 
-// Would catch: a wrong decoding, order, angle, count or time on any model, in either form.
+namespace {
+
+// Catches: a wrong decoding, order, angle, count or time on any model, in either form.
 TEST(Scan, IsWhatTheSensorMeasured) {
   constexpr double FULL_TURN = 6.283185307179586;
   struct cModel {
@@ -21,7 +21,7 @@ TEST(Scan, IsWhatTheSensorMeasured) {
     const cSimSensor sensor(quick(kind));
     const tDriver2 driver = openReady(sensor.getPath());
     for (const int cluster : {0, 1, 3, 99}) {
-      const std::size_t sent = startSurely(sensor, *driver, first, last, cluster, 2, longest);
+      const std::size_t sent = startRetrying(sensor, *driver, first, last, cluster, 2, longest);
       for (std::size_t i = 0; i < 2; ++i) {
         const tScan scan = takeScan(*driver);
         ASSERT_TRUE(scan);
@@ -41,14 +41,12 @@ TEST(Scan, IsWhatTheSensorMeasured) {
   }
 }
 
-namespace {
-
-class cScanning : public testing::Test {
+class Scanning : public testing::Test {
  protected:
   /// `count` readings a scan, `scans` times (0: without end), in three characters; how many scans
   /// were sent before.
   std::size_t start(int count, int scans) {
-    return startSurely(sensor, *driver, 100, 100 + count - 1, 1, scans, 5600);
+    return startRetrying(sensor, *driver, 100, 100 + count - 1, 1, scans, 5600);
   }
   std::vector<int> measured(std::size_t index, int count) {
     return truth(sensor, index, 100, 100 + count - 1);
@@ -58,11 +56,9 @@ class cScanning : public testing::Test {
   tDriver2 driver = openReady(sensor.getPath());
 };
 
-}  // namespace
-
-// Would catch: scans lost with the abort, taken from the wrong end, or mixed into those of the next
+// Catches: scans lost with the abort, taken from the wrong end, or mixed into those of the next
 // start; a running scan lost to a refused start, a sensor that scans on.
-TEST_F(cScanning, KeepsUnreadScansOverAnAbortAndStartsAgain) {
+TEST_F(Scanning, KeepsUnreadScansOverAnAbortAndStartsAgain) {
   const std::size_t sent = start(9, 5);
   ASSERT_TRUE(sensor.waitForSentScans(sent + 5, LONG_TIME));
   EXPECT_TRUE(driver->isScanning()) << "until it is aborted";
@@ -85,8 +81,8 @@ TEST_F(cScanning, KeepsUnreadScansOverAnAbortAndStartsAgain) {
   EXPECT_FALSE(sensor.isScanning());
 }
 
-// Would catch: a wait that takes more than its one scan, or sleeps beside those that came.
-TEST_F(cScanning, WaitsConvertOneScanOrDiscardIt) {
+// Catches: a wait that takes more than its one scan, or sleeps beside those that came.
+TEST_F(Scanning, ConvertsOneScanAWaitOrDiscardsIt) {
   const std::size_t sent = start(9, 3);
   EXPECT_EQ(driver->waitScan(), 1);
   EXPECT_TRUE(driver->waitScan(LONG));
@@ -97,16 +93,29 @@ TEST_F(cScanning, WaitsConvertOneScanOrDiscardIt) {
   EXPECT_FALSE(driver->waitScan(1));
 }
 
-// Would catch: a host left running on a null pointer, in a build without assertions too.
-TEST_F(cScanning, WaitingWithoutARunningScanStopsTheProcess) {
+// Catches: a host left running on a null pointer, in a build without assertions too.
+TEST_F(Scanning, StopsAProcessThatWaitsForNoScan) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_DEATH(driver->waitScan(1), "px != 0");
   EXPECT_DEATH(driver->waitScan(), "px != 0");
 }
 
-// Would catch: the other form asked for, angles that are not the range's, a refusal that makes a
+// Catches: scans that only a wait converts, and a caller who polls and never sees one.
+TEST_F(Scanning, AreConvertedByEachCallThatAsksForThem) {
+  using tAsk = bool (*)(cSensorDriverSCIP2&);
+  for (const tAsk ask :
+       {tAsk([](cSensorDriverSCIP2& one) { return one.getScanFirst() != nullptr; }),
+        tAsk([](cSensorDriverSCIP2& one) { return one.getScanLast() != nullptr; }),
+        tAsk([](cSensorDriverSCIP2& one) { return one.getScanNum() == 1; })}) {
+    start(9, 1);
+    EXPECT_TRUE(eventually([&] { return ask(*driver); }));
+    EXPECT_EQ(driver->abortScan(), 0);
+  }
+}
+
+// Catches: the other form asked for, angles that are not the range's, a refusal that makes a
 // scan, a last line of one character taken: a sum over one is no line.
-TEST_F(cScanning, StoredScanIsTakenWhileTheLaserIsOn) {
+TEST_F(Scanning, TakesAStoredScanWhileTheLaserIsOn) {
   EXPECT_EQ(driver->getStoredScan(44, 725, 1, 5600), -1) << "laser off";
   ASSERT_EQ(driver->startStoringScan(), 0);
   EXPECT_EQ(outputOf([&] { EXPECT_EQ(driver->doScan(44, 725, 2), 0); }).err,
@@ -121,9 +130,10 @@ TEST_F(cScanning, StoredScanIsTakenWhileTheLaserIsOn) {
   EXPECT_FALSE(driver->getScanFirst());
 }
 
-// Would catch: a race between what the worker writes and what callers read, scans lost or
-// doubled where two threads take them, a stored scan given to the running one's listener.
-TEST_F(cScanning, ManyCallersTakeAndAskAtOnce) {
+// Catches: a race between what the worker writes and what callers read, answers that are mixed up
+// between threads, scans lost or doubled where two threads take them, a stored scan given to the
+// running one's listener.
+TEST_F(Scanning, ServesManyCallersAtOnce) {
   constexpr int SCANS = 99;
   start(600, SCANS);
   std::atomic<int> taken{0};
@@ -133,9 +143,10 @@ TEST_F(cScanning, ManyCallersTakeAndAskAtOnce) {
       if (driver->getScanFirst()) ++taken;
     }
   };
-  const auto ask = [&] {
+  const auto ask = [&](const std::string& command) {
     EXPECT_EQ(driver->getStoredScan(44, 93, 1, 5600), 0);
     for (int i = 0; i < 30; ++i) {
+      EXPECT_EQ(driver->doRaw2(command, 1)->echo.substr(0, 2), command);
       EXPECT_EQ(driver->fetchVersionStr() | driver->fetchParameters() | driver->updateStatus(), 0);
       driver->startScan(44, 9999, 1, 0, 0, 5600);  // refused, but it needs the parameters
       driver->getResponseBody();
@@ -143,42 +154,122 @@ TEST_F(cScanning, ManyCallersTakeAndAskAtOnce) {
     }
   };
   boost::thread_group others;
-  others.create_thread(take);
-  others.create_thread(take);
-  others.create_thread(ask);
-  ask();
+  for (int i = 0; i < 2; ++i) others.create_thread(take);
+  others.create_thread([&] { ask("VV"); });
+  ask("PP");
   others.join_all();
   EXPECT_EQ(taken, SCANS + 2);
   EXPECT_EQ(driver->getStatus(), "Sensor works well.");
 }
 
-// Would catch: a buffer overrun or an overflow by arguments that no sensor takes.
-TEST(Start, LineHoldsTheArguments) {
+// Catches: arguments in another's place, a buffer overrun by those that no sensor takes.
+TEST(Start, SendsItsArguments) {
   using tArguments = std::array<int, 6>;
   for (const auto& [given, line] : std::vector<std::pair<tArguments, std::string>>{
            {{0, 768, 1, 0, 0, 4095}, "MS0000076801000;1"},
            {{0, 768, 1, 0, 0, 4096}, "MD0000076801000;1"},
+           {{1, 2, 3, 4, 56, 4095}, "MS0001000203456;1"},
+           {{1, 2, 3, 4, 56, 4096}, "MD0001000203456;1"},
            {{INT_MAX, -2, -3, -4, INT_MAX, -6}, "MS2147483647-002-3-42147483647;1"},
            {{INT_MIN, INT_MIN, INT_MIN, INT_MIN, INT_MIN, INT_MIN},
             "MS-2147483648-2147483648-2147483648-2147483648-2147483648;1"}}) {
-    cScriptedDriver driver([](const std::string& heard) { return cScriptedPeer::respond(heard); });
-    std::apply([&](auto... each) { driver->startScan(each...); }, given);
-    EXPECT_EQ(driver.peer.waitLines(1), std::vector<std::string>{line});
+    const cScriptedSensor sensor([](const std::string& command) { return answer(command); });
+    std::apply([&](auto... each) { openDriver(sensor.getPath())->startScan(each...); }, given);
+    EXPECT_EQ(sensor.waitLines(1), tLines{line});
   }
 }
 
-// Would catch: a record without data, or with a trouble status, made a scan or ending the scan.
-TEST(Start, EmptyRecordMakesNoScan) {
-  cScriptedDriver driver([](const std::string& line) {
-    const auto respond = cScriptedPeer::respond;
-    if (line[0] != 'M') return respond(line, "00", "");
-    const std::string time = summed("0001") + "\n";
-    return respond(line, "00", "") + respond(line, "50", "") + respond(line, "99", time) +
-           respond(line, "99", time + summed("CB1D") + "\n");
+// Catches: a record without data, or with a status of trouble, made a scan or ending the scan.
+TEST(Start, MakesNoScanOfAnEmptyRecord) {
+  const cScriptedSensor sensor([](const std::string& line) {
+    if (line[0] != 'M') return answer(line);
+    return answer(line) + answer(line, "50") + answer(line, "99", summed("0001") + "\n") +
+           scanOf(line, "CB1D");
   });
-  ASSERT_EQ(surely(*driver.driver, [&] { return driver->startScan(0, 1, 1, 0, 0, 4095); }), 0);
+  const tDriver2 driver = openDriver(sensor.getPath());
+  ASSERT_EQ(retryIfStarved(*driver, [&] { return driver->startScan(0, 1, 1, 0, 0, 4095); }), 0);
   EXPECT_FALSE(driver->waitScan(LONG)) << "one came: no body";
   EXPECT_FALSE(driver->waitScan(LONG)) << "one came: a time without data";
   EXPECT_TRUE(driver->waitScan(LONG));
   EXPECT_EQ(distancesOf(driver->getScanFirst()), (std::vector<int>{1234, 84}));
 }
+
+// Catches: readings that nobody measured, where one bit of a record was flipped and its sum, of six
+// bits, sees it: of the time stamp, of a line, of three and of two characters a reading.
+TEST(Record, MakesNoScanWithAFlippedBitThatASumSees) {
+  const cScriptedSensor sensor(keepSilent);
+  const tDriver2 driver = openDriver(sensor.getPath());
+  const boost::shared_ptr<cSCIPRecord> record(new cSCIPRecord);
+  const std::string whole = summed("0000") + "\n" + summed("CB1D0m") + "\n" + summed("1Dh") + "\n";
+  for (const char* echo : {"MD", "MS"}) {
+    record->echo = echo;
+    for (std::size_t bit = 0; bit < 8 * whole.size(); bit += bit % 8 == 5 ? 3u : 1u) {
+      record->body = whole;
+      record->body[bit / 8] = static_cast<char>(whole[bit / 8] ^ (1 << bit % 8));
+      try {
+        EXPECT_FALSE(driver->pushScanRecord(record)) << bit;
+      } catch (const std::out_of_range&) {
+      }
+    }
+    EXPECT_FALSE(driver->getScanFirst());
+  }
+}
+
+// Catches: a scan that goes on, or is lost with the rest, because one of its records throws.
+TEST(Record, DamagedOneCostsNoOther) {
+  using tAsk = void (*)(cSensorDriverSCIP2&);
+  const tAsk abort = [](cSensorDriverSCIP2& one) { one.abortScan(); };
+  for (const tAsk ask : {abort, tAsk([](cSensorDriverSCIP2& one) { one.waitScan(LONG); }),
+                         tAsk([](cSensorDriverSCIP2& one) { one.getScanNum(); }),
+                         tAsk([](cSensorDriverSCIP2& one) { one.getScanFirst(); }),
+                         tAsk([](cSensorDriverSCIP2& one) { one.getScanLast(); })}) {
+    const cScriptedSensor sensor([](const std::string& line) {
+      if (line[0] != 'M') return answer(line);
+      return answer(line) + scanOf(line, "CB") + answer(line, "99", summed("001") + "\n") +
+             scanOf(line, "CB");
+    });
+    const tDriver2 driver = openDriver(sensor.getPath());
+    ASSERT_EQ(retryIfStarved(*driver, [&] { return driver->startScan(0, 0, 1, 0, 0, 4095); }), 0);
+    ASSERT_EQ(driver->stopAll(), 0) << "whose answer comes behind all records";
+    const auto askTwice = [&] {
+      ask(*driver);
+      ask(*driver);
+    };
+    EXPECT_THROW(askTwice(), std::out_of_range);
+    EXPECT_EQ(driver->isScanning(), ask != abort);
+    EXPECT_EQ(driver->getScanNum(), 2);
+  }
+}
+
+// Catches: a damaged record made a scan, or an empty line taken for a wrong sum.
+TEST(Record, IsMadeAScanByItsShape) {
+  constexpr int THROWN = -1;
+  const cScriptedSensor sensor(keepSilent);
+  const tDriver2 driver = openDriver(sensor.getPath());
+  const std::string time = summed("0001") + "\n";
+  const std::string data = summed("CB") + "\n";
+  for (const auto& [body, result, scans] :
+       std::vector<std::tuple<std::string, int, int>>{{"", true, 0},
+                                                      {time, true, 0},
+                                                      {time + data, true, 1},
+                                                      {time + data + data, true, 1},
+                                                      {"00010\n" + data, false, 0},
+                                                      {time + data + "CB0\n", false, 0},
+                                                      {"\n", THROWN, 0},
+                                                      {time + "\n", THROWN, 0},
+                                                      {time + data + "\n" + data, THROWN, 0},
+                                                      {summed("001") + "\n" + data, THROWN, 0}}) {
+    const boost::shared_ptr<cSCIPRecord> record(new cSCIPRecord);
+    record->body = body;
+    int outcome = THROWN;
+    try {
+      outcome = driver->pushScanRecord(record);
+    } catch (const std::out_of_range&) {
+    }
+    EXPECT_EQ(outcome, result) << body;
+    EXPECT_EQ(driver->getScanNum(), scans) << body;
+    driver->getScanFirst();
+  }
+}
+
+}  // namespace

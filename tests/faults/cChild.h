@@ -14,13 +14,13 @@ class cChild {
  public:
   explicit cChild(const std::function<void()>& test) : child(fork()) {
     if (child != 0) return;
-    for (const int fd : {STDOUT_FILENO, STDERR_FILENO}) dup2(fileno(said.get()), fd);
+    for (const int fd : {STDOUT_FILENO, STDERR_FILENO}) dup2(fileno(output.get()), fd);
     test();
     std::fflush(nullptr);
     std::_Exit(testing::Test::HasFailure() ? FAILED : outcome);
   }
   ~cChild() {
-    signal(SIGKILL);
+    kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
   }
 
@@ -30,23 +30,20 @@ class cChild {
     siginfo_t end = {};
     waitid(P_PID, static_cast<id_t>(child), &end, WEXITED | WNOWAIT);
     std::string text(1 << 16, '\0');
-    std::rewind(said.get());
-    text.resize(std::fread(text.data(), 1, text.size(), said.get()));
-    const auto says = [&](const char* words) { return text.find(words) != std::string::npos; };
-    if (end.si_code != CLD_EXITED && end.si_status == SIGABRT && says("mixed response? (ret:") &&
-        says("px != 0"))
-      return -1;
+    std::rewind(output.get());
+    text.resize(std::fread(text.data(), 1, text.size(), output.get()));
+    const bool isMeant = text.find("px != 0", text.find("mixed response? (ret:")) != text.npos;
+    if (end.si_code != CLD_EXITED && end.si_status == SIGABRT && isMeant) return -1;
     EXPECT_TRUE(end.si_code == CLD_EXITED && end.si_status < FAILED) << end.si_status << text;
     return end.si_status;
   }
-  void signal(int number) const { kill(child, number); }
 
   static inline int outcome = 0;
 
  private:
   static constexpr int FAILED = 100;
 
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> said{std::tmpfile(), std::fclose};
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> output{std::tmpfile(), std::fclose};
   const pid_t child;
 };
 

@@ -19,17 +19,12 @@ constexpr int ANSWER = 2000;  // an answer of SCIP 2.0
 constexpr auto SCIP1 = eSimDialect::SCIP1;
 constexpr auto SCIP2 = eSimDialect::SCIP2;
 
-// A sanitizer takes more CPU, and has an allocator of its own.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool IS_SANITIZED = true;
+// A sanitizer takes more CPU, and has an allocator of its own; an emulator takes more, too
+// (cmake/arm64.cmake says so).
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(TARVOLINK_EMULATED)
+constexpr bool IS_SLOW = true;
 #else
-constexpr bool IS_SANITIZED = false;
-#endif
-// So does an emulator; cmake/arm64.cmake says so.
-#ifdef TARVOLINK_EMULATED
-constexpr bool IS_EMULATED = true;
-#else
-constexpr bool IS_EMULATED = false;
+constexpr bool IS_SLOW = false;
 #endif
 
 /// Bytes allocated in this process; 0 under a sanitizer.
@@ -48,11 +43,14 @@ inline cSimSetting paced(eSimDialect dialect = SCIP2, double rate = 50) {
 }
 
 /// A sensor, a driver for it, and what holds whatever the far end of the cable does: no crash, no
-/// call that hangs or is late, no scan that differs from the truth where sums, lengths or the
-/// number of points tell it, hardly any CPU while the fault lasts, nothing left behind.
+/// call that hangs or is late, no wrong scan where sums, lengths or the number of points flag it,
+/// hardly any CPU while the fault lasts, nothing left behind.
 class cFaultRig {
  public:
-  explicit cFaultRig(const cSimSetting& setting) : sensor(setting) {}
+  /// @param opens  whether there is a driver from the beginning, without a detection
+  explicit cFaultRig(const cSimSetting& setting, bool opens = true) : sensor(setting) {
+    if (opens) open(setting.link.empty() ? sensor.getPath() : setting.link);
+  }
   /// The end: no more descriptors, threads and memory than before there was a driver.
   ~cFaultRig() {
     constexpr long BUFFERS = 1 << 16;  // of the C++ library
@@ -68,26 +66,24 @@ class cFaultRig {
     return static_cast<long>(countAllocated() - 64 * count.commands - 4 * count.scans);
   }
 
-  /// Makes the driver: at the sensor's path or another, without a detection.
   void open(const std::string& path) {
     if (sensor.getSetting().dialect == SCIP2)
       driver = openReady(path);
     else
       driver.reset(new cSensorDriverSCIP1(openLink(path)));
   }
-  void open() { open(sensor.getPath()); }
-  void detect() { driver = cSensorDriverManager::create(sensor.getPath()); }
   iSCIP2IF& face() { return *driver->getSCIP2IF(); }
 
   /// FIRST to LAST, without end if `count` is 0.
   int startScan(int count = 0, int most = FAR, int interval = 0) {
-    return surely(face(), [&] { return face().startScan(FIRST, LAST, 1, interval, count, most); });
+    const auto start = [&] { return face().startScan(FIRST, LAST, 1, interval, count, most); };
+    return retryIfStarved(face(), start);
   }
 
   /// Starts a scan and waits for the first of it.
   void scan(int count = 0, int most = FAR, int interval = 0) {
     startScan(count, most, interval);
-    expectTrueScan();
+    expectCorrectScan();
   }
 
   /// `action` ends within so many milliseconds (and 100, and what this process waited for a
@@ -95,31 +91,24 @@ class cFaultRig {
   void during(const char* what, int milliseconds, const std::function<void()>& action) {
     const double starved = getStarvedSeconds();
     const std::clock_t used = std::clock();
-    const auto begin = std::chrono::steady_clock::now();
-    action();
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
-    const double patience = 0.1 + std::max(getStarvedSeconds() - starved, 0.0);
-    EXPECT_LE(took.count(), milliseconds / 1e3 + patience) << what << " came back too late";
+    const double took = static_cast<double>(measure(action)) / 1e3;
+    const double tolerance = 0.1 + std::max(getStarvedSeconds() - starved, 0.0);
+    EXPECT_LE(took, milliseconds / 1e3 + tolerance) << what << " came back too late";
     EXPECT_LE(static_cast<double>(std::clock() - used) / CLOCKS_PER_SEC,
-              (IS_SANITIZED || IS_EMULATED ? 10 : 1) * (0.02 + 0.05 * took.count()))
-        << what << " took too much of a core in " << took.count() << " s";
+              (IS_SLOW ? 10 : 1) * (0.02 + 0.05 * took))
+        << what << " took too much of a core in " << took << " s";
   }
 
-  /// Takes what scans there are. Each is one that was sent after those before, and counted as true;
-  /// or as told, if its number of points gives it away; or as a lie.
+  /// Takes what scans there are and counts each: as correct if it was sent after those before; as
+  /// flagged if its number of points gives it away; or as wrong.
   void take() {
     while (face().getScanNum() > 0) {
       const std::vector<int> distances = distancesOf(face().getScanFirst());
-      ++(distances.size() != POINTS ? told : isTrue(distances) ? truths : lies);
+      ++(distances.size() != POINTS ? flagged : isCorrect(distances) ? correct : wrong);
     }
   }
 
-  /// Takes what scans there are, of which nothing but the number of points tells anything.
-  void drop() {
-    while (face().getScanNum() > 0) told += face().getScanFirst()->points.size() != POINTS ? 1 : 0;
-  }
-
-  /// Takes scans until the condition holds. What throws tells damage.
+  /// Takes scans until the condition holds. What throws flags damage.
   void follow(const std::function<bool()>& condition) {
     const auto deadline = std::chrono::steady_clock::now() + LONG_TIME;
     while (!condition()) {
@@ -131,40 +120,38 @@ class cFaultRig {
     }
   }
 
-  /// The next scan that comes is true, or one of the few after it.
-  void expectTrueScan() {
-    const int before = truths;
-    follow([&] { return truths > before; });
+  /// The next scan that comes is correct, or one of the few after it.
+  void expectCorrectScan() {
+    const int before = correct;
+    follow([&] { return correct > before; });
   }
 
-  /// Does it; that it throws tells damage.
+  /// Does it; that it throws flags damage.
   void tryTo(const std::function<void()>& action) {
     try {
       action();
     } catch (const std::out_of_range&) {
-      ++told;
+      ++flagged;
     }
   }
 
   cSimSensor sensor;
   tDriver driver;
-  int truths = 0;
-  int told = 0;
-  int lies = 0;
+  int correct = 0;
+  int flagged = 0;
+  int wrong = 0;
 
  private:
   static long countDescriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
   }
 
-  bool isTrue(const std::vector<int>& distances) {
+  bool isCorrect(const std::vector<int>& distances) {
     // The host has a scan a moment before the sensor has noted it as sent.
     const std::size_t noted = sensor.getCounters().scans;
     for (std::size_t i = next; i <= noted; ++i) {
-      if (!sensor.waitForSentScans(i + 1, LONG_TIME)) return false;
-      const std::uint32_t scan = sensor.getSentScans().at(i);
       for (const int most : {INT_MAX, NEAR}) {
-        if (sensor.getTrueDistances(scan, FIRST, LAST, 1, most) != distances) continue;
+        if (truth(sensor, i, FIRST, LAST, 1, most) != distances) continue;
         next = i + 1;
         return true;
       }
@@ -176,9 +163,4 @@ class cFaultRig {
   const int threads = countThreads();
   const long memory = countMemory();
   std::size_t next = 0;  // the first scan sent that may still come
-};
-
-/// The same with the driver there from the beginning.
-struct cOpenRig : cFaultRig {
-  explicit cOpenRig(const cSimSetting& setting) : cFaultRig(setting) { open(); }
 };

@@ -79,7 +79,7 @@ void leave(cSimSensor& sensor, const cLeft& row) {
   modes.c_oflag |= row.output;
   modes.c_lflag |= row.local;
   ASSERT_EQ(tcsetattr(port, TCSANOW, &modes), 0);
-  sensor.say(row.bytes);
+  sensor.inject(row.bytes);
   ASSERT_TRUE(sensor.waitFor(&cSimCounters::bytesWritten, row.bytes.size(), LONG_TIME));
   close(port);
   syscalls::control = row.control;

@@ -16,8 +16,9 @@ offers() {
   failed=1
 }
 
-offers 'list info scan view sim' ''
-offers 'scan sim' s
+offers 'list info scan view stop sim help' ''
+offers 'scan stop sim' s
+offers 'scan stop sim' help s
 offers '--version' --v
 offers '--first --format' scan --f
 offers '--help' sim --h

@@ -3,4 +3,4 @@
 set -euo pipefail
 standard=$1 folder=$2
 exec "$CXX" $CXXFLAGS -std=c++"$standard" -Wall -Wextra -Wpedantic -Werror -fsyntax-only \
-  -I "$folder" -include tarvolink/tarvolink.h -x c++ /dev/null
+  -I "$folder" -include tarvolink/tarvolink.h -include tarvoscan/tarvoscan.h -x c++ /dev/null

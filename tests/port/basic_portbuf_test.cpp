@@ -1,14 +1,13 @@
-// Opening, reading, writing and closing a port. Reads between signals, the timing faults have.
+// Opening, reading, writing and closing a port.
 #include "tarvolink/port/basic_portbuf.h"
 
 #include <gtest/gtest.h>
+#include <sys/time.h>
 
 #include <boost/make_shared.hpp>
 
 #include "tarvolink/port/basic_portstream.h"
-#include "tests/base/measure.h"
 #include "tests/support/cPtyPair.h"
-#include "tests/support/driving.h"
 
 namespace {
 
@@ -27,12 +26,12 @@ constexpr int END = std::char_traits<char>::eof();
 /// No wait, and nothing is written.
 void expectDeadEnd(cPort& port) {
   EXPECT_LT(measure([&] { EXPECT_EQ(port.sgetc(), END); }), port.readTimeout);
-  EXPECT_TRUE(port.isDeadEnd());
+  EXPECT_TRUE(port.isExhausted());
   EXPECT_EQ(port.sputn("x", 1), 0);
 }
 
-// Would catch a wait for a device that is not there, and a setting tried on what takes none.
-TEST(PortOpening, whatIsNoSensorsIsToldAndUnusable) {
+// Catches: a wait for a device that is not there, and a setting tried on what takes none.
+TEST(PortOpening, ReportsWhatIsNoTerminalAndIsUnusable) {
   std::unique_ptr<cPort> port;
   EXPECT_EQ(outputOf([&] { port.reset(new cPort("/nowhere/tty", {})); }).err,
             "basic_portbuf::c'tor: No such file or directory\n");
@@ -49,8 +48,8 @@ TEST(PortOpening, whatIsNoSensorsIsToldAndUnusable) {
   EXPECT_FALSE(refused.termSetup(boost::make_shared<cPortSetting>()));
 }
 
-// Would catch a descriptor leaked to the host's children or to the rest of the process's life.
-TEST(PortClosing, isOnExecAndWhenItGoesOrIsToldTheEndOfFile) {
+// Catches: a descriptor leaked to the host's children or to the rest of the process's life.
+TEST(PortClosing, HappensOnExecAndWithItsEndOrAnEndOfFile) {
   cPtyPair cable;
   const int next = dup(cable.getSlave());
   close(next);
@@ -73,8 +72,8 @@ class Port : public testing::Test {
   cPort port{cable.getPath(), {}};
 };
 
-// Would catch a character lost or doubled where two reads meet.
-TEST_F(Port, readsTwelveAtATimeAndKeepsFourForPutBackAcrossShortReads) {
+// Catches: a character lost or doubled where two reads meet.
+TEST_F(Port, ReadsTwelveAtATimeAndKeepsFourForPutBackAcrossShortReads) {
   EXPECT_EQ(port.readTimeout, 2500);
   char text[22];
   for (const char* const pair : {"ab", "cd"}) {
@@ -91,8 +90,9 @@ TEST_F(Port, readsTwelveAtATimeAndKeepsFourForPutBackAcrossShortReads) {
   EXPECT_EQ(std::string(text, 22), "abcdefghijklmnopqrstuv");
 }
 
-// 0xFF at the head of a read looks like end of file; it is not lost. Holds for unsigned char too.
-TEST_F(Port, extendsTheSignOfWhatUnderflowGives) {
+// 0xFF at the head of a read looks like end of file.
+// Catches: that it is lost, or another value where char has no sign.
+TEST_F(Port, ExtendsTheSignOfWhatUnderflowGives) {
   for (const auto& [byte, value] :
        {std::pair(0x7F, 127), std::pair(0x80, -128), std::pair(0xFF, -1), std::pair(0, 0)}) {
     cable.send(std::string(1, static_cast<char>(byte)));
@@ -102,14 +102,14 @@ TEST_F(Port, extendsTheSignOfWhatUnderflowGives) {
   }
 }
 
-// Would catch a read that never ends, spins, is over too early, or is deaf afterwards.
-TEST_F(Port, endsAReadByItsTimeOutAnInterruptOrAHangUp) {
+// Catches: a read that never ends, spins, is over too early, or is deaf afterwards.
+TEST_F(Port, EndsAReadByItsTimeOutAnInterruptOrAHangUp) {
   port.readTimeout = 60;
   EXPECT_GE(measure([&] { EXPECT_EQ(port.sgetc(), END); }), 60);
-  EXPECT_FALSE(port.isDeadEnd());
+  EXPECT_FALSE(port.isExhausted());
   port.readTimeout = 0;
   EXPECT_EQ(port.sgetc(), END);
-  EXPECT_TRUE(port.isDeadEnd()) << "reading again at once would spin";
+  EXPECT_TRUE(port.isExhausted()) << "reading again at once would spin";
   port.readTimeout = 60000;
   port.interruptReads(true);
   EXPECT_EQ(port.sgetc(), END);
@@ -120,26 +120,63 @@ TEST_F(Port, endsAReadByItsTimeOutAnInterruptOrAHangUp) {
   port.discardInput();
   cable.send("n");
   EXPECT_EQ(port.sbumpc(), 'n');
-  EXPECT_FALSE(port.isDeadEnd());
+  EXPECT_FALSE(port.isExhausted());
   cable.hangUp();
   EXPECT_EQ(port.sgetc(), END);
-  EXPECT_TRUE(port.isDeadEnd());
+  EXPECT_TRUE(port.isExhausted());
 }
 
-// Would catch bytes changed or held back on their way; a writer, and with it the thread that joins
+int farEnd = -1;
+int ringsLeft = 0;
+
+/// Raises a signal each period, in milliseconds; the one after `rings` of them sends a character.
+void ringEvery(int period, int rings) {
+  ringsLeft = rings;
+  struct sigaction action = {};
+  action.sa_handler = [](int) {
+    if (ringsLeft-- == 0 && write(farEnd, "x", 1) != 1) abort();
+  };
+  sigaction(SIGALRM, &action, nullptr);
+  const itimerval timer = {{0, 1000 * period}, {0, 1000 * period}};
+  setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+// Would catch a read that a host's timer makes endless or ends too early, and a thread that is deaf
+// to signals for longer than its time-out, or for ever.
+TEST_F(Port, waitsForItsTimeOutAmongSignals) {
+  sigset_t blocked;
+  farEnd = cable.getMaster();
+  for (const auto& [timeout, period, most] :
+       {std::tuple(100, 1, 2500), std::tuple(2000, 130, 3900), std::tuple(-1, 1, LONG)}) {
+    port.readTimeout = timeout;
+    ringEvery(period, timeout < 0 ? 40 : INT_MAX);
+    const long elapsed = measure([&] { EXPECT_EQ(port.sgetc(), timeout < 0 ? 'x' : END); });
+    ringEvery(0, 0);
+    EXPECT_GE(elapsed, timeout);
+    EXPECT_LT(elapsed, most);
+    pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+    ASSERT_FALSE(sigismember(&blocked, SIGTERM));
+  }
+}
+
+// Catches: bytes changed or held back on their way; a writer, and with it the thread that joins
 // it, held for ever by a far end that stopped reading.
-TEST_F(Port, writesStraightThroughUnlessNobodyTakesItForOneTimeOut) {
+TEST_F(Port, WritesStraightThroughUnlessNobodyTakesItForOneTimeOut) {
   EXPECT_EQ(port.sputn("a\nb\0c\r", 6), 6);
   EXPECT_EQ(port.sputc('\xE4'), 0xE4);
   EXPECT_EQ(port.overflow(0x141), 0x141);
   EXPECT_EQ(cable.receive(8), std::string("a\nb\0c\r\xE4\x41", 8));
   port.readTimeout = 20;
   std::streamsize written = 16;
+  errno = 0;
   const cOutput output = outputOf([&] {
+    EXPECT_EQ(port.sputn("", 0), 0);
     for (int i = 0; i < 100000 && written == 16; ++i) written = port.sputn("0123456789abcdef", 16);
   });
   EXPECT_EQ(written, -1);
-  EXPECT_EQ(output.err, "basic_portbuf::write: Resource temporarily unavailable\n");
+  EXPECT_EQ(
+      output.err,
+      "basic_portbuf::write: Success\nbasic_portbuf::write: Resource temporarily unavailable\n");
 }
 
 }  // namespace

@@ -4,14 +4,13 @@
 #include <boost/make_shared.hpp>
 
 #include "tests/support/cPtyPair.h"
-#include "tests/support/driving.h"
 #include "tests/support/syscalls.h"
 
 namespace {
 
 using kavTBX::cPortSetting;
 
-/// Sets the line up; what is said about it on standard error.
+/// Sets the line up; returns what it prints on standard error.
 std::string setUp(const tPort& port, const cPortSetting& wanted, bool succeeds) {
   const auto setting = boost::make_shared<cPortSetting>(wanted);
   return outputOf([&] { EXPECT_EQ(port->termSetup(setting), succeeds); }).err;
@@ -29,8 +28,8 @@ termios makePeculiar(const cPtyPair& cable) {
   return cable.getAttributes();
 }
 
-// Would catch a line that garbles what the sensor says, or a user's settings changed beyond need.
-TEST(TermSetup, setsWhatIsToldAndLeavesTheRest) {
+// Catches: a line that garbles what the sensor sends, or a user's settings changed beyond need.
+TEST(TermSetup, SetsWhatIsGivenAndLeavesTheRest) {
   struct cRow {
     cPortSetting wanted;
     speed_t speed;
@@ -64,9 +63,9 @@ TEST(TermSetup, setsWhatIsToldAndLeavesTheRest) {
   }
 }
 
-// Would catch a port left half set up, or one that reads what was sent at the old settings; a speed
+// Catches: a port left half set up, or one that reads what was sent at the old settings; a speed
 // change that is reported as done while the driver still talks at the old one.
-TEST(TermSetup, refusalLeavesTheLineButFlushed) {
+TEST(TermSetup, FlushesTheLineAndChangesNothingMoreOnRefusal) {
   cPtyPair cable;
   const tPort port = openPort(cable.getPath());
   const std::string length = "basic_portbuf::Invalid character length:";
@@ -80,9 +79,8 @@ TEST(TermSetup, refusalLeavesTheLineButFlushed) {
     EXPECT_EQ(syscalls::settings, before);
     EXPECT_EQ(cable.countWaiting(), 0);
   }
-  syscalls::refuses = true;
+  syscalls::failNth("tcsetattr", 1);
   EXPECT_EQ(setUp(port, {19200}, false), "");
-  syscalls::refuses = false;
   EXPECT_EQ(setUp(port, {19200}, true), "") << "it stays usable";
 }
 

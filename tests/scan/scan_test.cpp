@@ -1,4 +1,4 @@
-// Scans, their filling, the list in which they wait, and the characters they come in.
+// Scans and the characters they come in. The list in which they wait, SCIP 1.x tests by place.
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -9,8 +9,8 @@
 
 namespace {
 
-// Would catch a reservation of gigabytes, or an exception, for a cluster of 0.
-TEST(Scan, reservesTheWholeQuotientIfThatIsSane) {
+// Catches: a reservation of gigabytes, or an exception, for a cluster of 0.
+TEST(Scan, ReservesTheWholeQuotientIfThatIsSane) {
   using tLimits = std::numeric_limits<double>;
   struct cRow {
     double first, last, step;
@@ -25,41 +25,19 @@ TEST(Scan, reservesTheWholeQuotientIfThatIsSane) {
   }
 }
 
-// Would catch a line's points at the angles of the first one's.
-TEST(ScanFactory, numbersPointsOnFromLineToLine) {
+// Catches: a line without readings that needs a scan, scans that a purge leaves alive.
+TEST(Scan, IsGoneOnceItsListIsPurged) {
   cScanFactory factory;
-  factory.addData({});  // with no scan set: nothing to add, nothing to check
-  factory.scan.reset(new cScan(-2.0944, 2.0944, 0.0061359));
-  factory.addData({0, 19, 5432});
-  factory.addData(std::vector<int>(680, -7));
-  const std::vector<cScanPoint>& points = factory.scan->points;
-  ASSERT_EQ(points.size(), 683u);
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    EXPECT_EQ(points[i].angle, -2.0944 + static_cast<double>(i) * 0.0061359);
-    EXPECT_EQ(points[i].distance, i < 3 ? (std::vector<double>{0, 19, 5432})[i] : -7);
-  }
-}
-
-// Would catch the wrong end, a place beyond the list taken, and scans that a purge leaves alive.
-TEST(LockableList, takesFromBothEndsAndFromTheMiddle) {
-  using tScan = boost::shared_ptr<cScan>;
+  factory.addData({});  // with no scan set: nothing to add
+  factory.scan.reset(new cScan(0, 1, 1));
   cLockableScanList scans;
-  for (int i = 0; i < 5; ++i) lockable::append(scans, tScan(new cScan(i, i, 1)));
-  EXPECT_EQ(lockable::takeLast(scans)->firstAngle, 4);
-  EXPECT_EQ(lockable::takeFirst(scans)->firstAngle, 0);
-  for (const int beyond : {-1, 3}) EXPECT_FALSE(lockable::takeAt(scans, beyond));
-  EXPECT_EQ(lockable::takeAt(scans, 1)->firstAngle, 2);
-  EXPECT_EQ(lockable::takeAt(scans, 1)->firstAngle, 3);
-  const tScan held = scans.list.front();
+  for (int i = 0; i < 2; ++i) lockable::append(scans, factory.scan);
   lockable::purge(scans);
-  EXPECT_EQ(held.use_count(), 1);
-  EXPECT_FALSE(lockable::takeFirst(scans));
-  EXPECT_FALSE(lockable::takeLast(scans));
-  EXPECT_FALSE(lockable::takeAt(scans, 0));
+  EXPECT_EQ(factory.scan.use_count(), 1);
 }
 
-// Would catch a wrong value of any width, and half a value decoded.
-TEST(Decode6bit, decodes) {
+// Catches: a wrong value of any width, and half a value decoded.
+TEST(Decode6bit, DecodesWholeValuesOfAnyWidth) {
   struct cRow {
     std::string data;
     int width;

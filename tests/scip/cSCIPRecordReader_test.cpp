@@ -24,6 +24,7 @@ void expectRead(const cRow& row) {
   SCOPED_TRACE(row.input.substr(0, 30) + "... of " + std::to_string(row.input.size()));
   std::istringstream stream(row.input);
   cSCIPRecord record;
+  record.error = 0x8;
   record.command = record.echo = record.status = record.body = "earlier";
   const auto unset = record.time;
   EXPECT_EQ(cSCIPRecordReader(stream).read(record), row.error == OK);
@@ -39,8 +40,8 @@ void expectRead(const cRow& row) {
   EXPECT_EQ(rest, row.rest);
 }
 
-// Would catch bytes lost, added or put into another part of the record, also in the next one.
-TEST(RecordReader, readsEachShape) {
+// Catches: bytes lost, added or put into another part of the record, also in the next one.
+TEST(RecordReader, ReadsEachShape) {
   for (const cRow& row :
        {cRow{"\n\nVV\n0\nline1\nline2\n\nnext", OK, "VV", "0", "line1\nline2\n", "next"},
         cRow{"VV\n00P\n\n\n", OK, "VV", "00P", "", "\n"},
@@ -55,9 +56,9 @@ TEST(RecordReader, readsEachShape) {
   }
 }
 
-// Would catch memory that grows with a line or record without end, and one more or less than the
-// longest told: 4096 characters a line, 65536 a record with its closing line feed.
-TEST(RecordReader, endsAtItsLimits) {
+// Catches: memory that grows with a line or record without end, and one more or less than the
+// longest allowed: 4096 characters a line, 65536 a record with its closing line feed.
+TEST(RecordReader, EndsAtItsLimits) {
   const std::string line(4096, 'x');
   const std::string longer = line + "x";
   const auto emptyLines = [](std::size_t count) { return std::string(count, '\n'); };

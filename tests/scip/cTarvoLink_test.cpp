@@ -1,69 +1,61 @@
 // The link over a real line: time-outs, and SCIP 1.x exchanges.
-#include "tarvolink/scip/cTarvoLink.h"
-
-#include <gtest/gtest.h>
-
-#include "tarvolink/scip/cSCIPError.h"
-#include "tests/scip/cRig.h"
+#include "tests/support/cScriptedSensor.h"
 #include "tests/support/syscalls.h"
 
 namespace {
 
-struct cHeard {
+struct cRow {
   std::string text;
   int error;
 };
 
-// Would catch a record that waits twice for a sensor that fell silent, and one that is not over.
-TEST(Link, waitsOnceForASensorThatFellSilent) {
+// Catches: a record that waits twice for a sensor that fell silent, or that is not over.
+TEST(Link, WaitsOnceForASensorThatFellSilent) {
   for (const auto& [text, error] :
-       {cHeard{"", 0x1}, cHeard{"V", 0x2}, cHeard{"VV\n", 0x2}, cHeard{"VV\n0", 0x4},
-        cHeard{"VV\n0\nabc", 0x4}, cHeard{"VV\n0\nabc\n", 0x4}}) {
-    cRig rig(keepSilent, 60);
-    rig.cable.send(text);
-    ASSERT_TRUE(rig.cable.waitUntilWaiting(static_cast<int>(text.size())));
+       {cRow{"", 0x1}, cRow{"V", 0x2}, cRow{"VV\n", 0x2}, cRow{"VV\n0", 0x4},
+        cRow{"VV\n0\nabc", 0x4}, cRow{"VV\n0\nabc\n", 0x4}}) {
+    cScriptedSensor sensor(keepSilent);
+    const tLink link = openLink(sensor.getPath(), 60);
+    sensor.inject(text);
+    ASSERT_TRUE(sensor.waitFor(&cSimCounters::bytesWritten, text.size(), LONG_TIME));
     const int before = syscalls::silentPolls;
-    EXPECT_FALSE(rig.link->recvRecord());
-    EXPECT_EQ(rig.link->record.error, error) << text;
+    EXPECT_FALSE(link->recvRecord());
+    EXPECT_EQ(link->record.error, error) << text;
     EXPECT_EQ(syscalls::silentPolls, before + 1) << text;
-    rig.port->readTimeout = PATIENCE;
-    rig.cable.send("VV\n0\n\n");
-    EXPECT_TRUE(rig.link->recvRecord()) << "the next one reads normally";
-    EXPECT_EQ(rig.link->record.echo, "VV");
+    link->portbuf->readTimeout = LONG;
+    sensor.inject("VV\n0\n\n");
+    EXPECT_TRUE(link->recvRecord()) << "the next one reads normally";
+    EXPECT_EQ(link->record.echo, "VV");
   }
 }
 
-// Would catch a refusal or another command's answer taken for success, or an answer for none.
-TEST(Link, tellsWhatTheSensorSaid) {
+// Catches: a refusal or another command's answer taken for success, or an answer for none.
+TEST(Link, ReportsWhatTheSensorAnswered) {
   for (const auto& [text, error] :
-       {cHeard{"V\n0\nVEND:x;\n\n", 0x400}, cHeard{"V\n9\n\n", 0x409}, cHeard{"V\n0\nVEND", 0x400},
-        cHeard{"V\n10\n\n", 0x10}, cHeard{"V\nx\n\n", 0x10}, cHeard{"V\n\n\n", 0x10},
-        cHeard{"V\n", 0x10}, cHeard{"X\n0\n\n", 0x8}, cHeard{"VV\n0\n\n", 0x8},
-        cHeard{"V\r\n0\r\n\r\n\n", 0x8}, cHeard{"", 0x8}}) {
-    cRig rig([said = text](const std::string&) { return said; }, 300);
-    EXPECT_EQ(rig.link->doRaw1("V"), error) << text;
-    EXPECT_EQ(rig.link->record.error, error);
-    EXPECT_EQ(rig.link->record.command, "V");
-    EXPECT_EQ(rig.link->lastRawCommand, "V");
-    EXPECT_TRUE(rig.link->stream->good());
-    EXPECT_EQ(rig.peer.waitLines(1), std::vector<std::string>{"V"});
+       {cRow{"V\n0\nVEND:x;\n\n", 0x400}, cRow{"V\n9\n\n", 0x409}, cRow{"V\n0\nVEND", 0x400},
+        cRow{"V\n10\n\n", 0x10}, cRow{"V\nx\n\n", 0x10}, cRow{"V\n\n\n", 0x10}, cRow{"V\n", 0x10},
+        cRow{"X\n0\n\n", 0x8}, cRow{"VV\n0\n\n", 0x8}, cRow{"V\r\n0\r\n\r\n\n", 0x8},
+        cRow{"", 0x8}}) {
+    cScriptedSensor sensor(keepSilent);
+    const tLink link = openLink(sensor.getPath(), 60);
+    sensor.inject(text);
+    ASSERT_TRUE(sensor.waitFor(&cSimCounters::bytesWritten, text.size(), LONG_TIME));
+    EXPECT_EQ(link->doRaw1("V"), error) << text;
+    EXPECT_EQ(link->record.error, error);
+    EXPECT_EQ(link->record.command + link->lastRawCommand, "VV");
+    EXPECT_TRUE(link->stream->good());
+    EXPECT_EQ(sensor.waitLines(1), tLines{"V"});
   }
 }
 
-// Would catch a code word read as success.
-TEST(SCIPError, tellsSuccessFromEverythingElse) {
-  EXPECT_EQ(cSCIPError::getErrorString(0, "detail"), "Success");
-  EXPECT_EQ(cSCIPError::getErrorString(0x400, ""), "Error String Not implemented yet.");
-}
-
-// Would catch a link that, once a write failed, is silent for ever.
-TEST(Link, goesOnAfterItsCableWasPulled) {
-  cRig rig(keepSilent);
-  rig.hangUp();
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(rig.link->doRaw1("V"), 0x8);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "basic_portbuf::write: Input/output error\n");
-  EXPECT_TRUE(rig.link->stream->good());
+// Catches: a link that is silent for ever once a write failed.
+TEST(Link, GoesOnAfterItsCableWasPulled) {
+  cScriptedSensor sensor(keepSilent);
+  const tLink link = openLink(sensor.getPath());
+  sensor.unplug();
+  EXPECT_EQ(outputOf([&] { EXPECT_EQ(link->doRaw1("V"), 0x8); }).err,
+            "basic_portbuf::write: Input/output error\n");
+  EXPECT_TRUE(link->stream->good());
 }
 
 }  // namespace

@@ -23,39 +23,39 @@ inline int numberOf(const tScan& scan) {
   return static_cast<int>(scan->points.at(0).distance * 4096 + scan->points.at(1).distance);
 }
 
-/// A driver, whose reads wait 10 s unless told otherwise, and a SCIP 1.x sensor in a test's hands:
-/// answers can be held back, or be written byte for byte. Left alone it accepts every command; its
-/// scans have two points, those of number n, counted from 0, say n / 4096 and n % 4096.
+/// A driver, whose reads wait 10 s unless a test changes that, and a SCIP 1.x sensor in the test's
+/// hands: answers can be held back, or be written byte for byte. Left alone it accepts every
+/// command; scan number n, counted from 0, has two points, n / 4096 and n % 4096.
 class cHeldRig {
  public:
   /// @param speed bits/s of a real line; 0: bytes take no time
   explicit cHeldRig(int speed = 0) : sensor(makeSetting(speed)) {
     sensor.setFault(eSimFault::NO_ANSWER);
   }
-  /// Lets go of an answer held back, for which the driver may be waiting.
-  ~cHeldRig() { letGo(-1); }
+  /// Releases an answer held back, for which the driver may be waiting.
+  ~cHeldRig() { allowAnswers(-1); }
 
-  /// Says `bytes` to commands that begin with `prefix`; "": answers them itself again.
+  /// Answers commands that begin with `prefix` by `bytes`; "": by itself again.
   void script(const std::string& prefix, const std::string& bytes) {
     std::lock_guard<std::mutex> lock(mutex);
     scripts[prefix] = bytes;
   }
 
-  /// Answers only so many commands more, added to what was left; below 0: all again.
-  void letGo(int count) {
+  /// Answers only `count` commands more, added to what was left; below 0: all again.
+  void allowAnswers(int count) {
     std::lock_guard<std::mutex> lock(mutex);
     answersLeft = count < 0 ? count : std::max(answersLeft, 0) + count;
     changed.notify_all();
   }
 
-  /// Whether `count` commands that begin with `prefix` are heard, answered or not.
+  /// Whether `count` commands that begin with `prefix` arrive, answered or not.
   bool hears(const std::string& prefix, std::size_t count) {
     return sensor.waitForCommand(prefix, LONG_TIME, count);
   }
 
-  /// Two points, steps 0 to 1, back to back.
+  /// Scans of two points, steps 0 to 1, back to back.
   int startTwoPoints(int count) { return scip2.startScan(0, 1, 1, 0, count, 4095); }
-  /// Whether the worker scans no more after `count` requests of a scan.
+  /// Whether scanning ends after `count` requests of a scan.
   bool isOverAfter(std::size_t count) {
     return hears("G", count) && eventually([this] { return !scip2.isScanning(); });
   }
@@ -79,17 +79,15 @@ class cHeldRig {
     changed.wait(lock, [this] { return answersLeft != 0; });
     if (answersLeft > 0) --answersLeft;
     for (const auto& [prefix, bytes] : scripts) {
-      if (!bytes.empty() && command.rfind(prefix, 0) == 0) return sensor.say(bytes);
+      if (!bytes.empty() && command.rfind(prefix, 0) == 0) return sensor.inject(bytes);
     }
-    sensor.say(record(command, "0", command[0] == 'G' ? getScan() : ""));
+    sensor.inject(record(command, "0", command[0] == 'G' ? getScan() : ""));
   }
 
   std::string getScan() {
-    std::string points;
-    for (int shift = 18; shift >= 0; shift -= 6)
-      points += static_cast<char>(((scans >> shift) & 63) + 0x30);
-    ++scans;
-    return points + "\n";
+    const int number = scans++;
+    const auto digit = [=](int shift) { return static_cast<char>((number >> shift & 63) + 0x30); };
+    return {digit(18), digit(12), digit(6), digit(0), '\n'};
   }
 
   std::mutex mutex;  // guards the three below

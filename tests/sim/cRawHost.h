@@ -3,46 +3,38 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <sstream>
 
+#include "sim/cSimPty.h"
 #include "sim/tarvosim.h"
 
 constexpr std::chrono::milliseconds LONG_TIME(10000);
 
-/// A host that knows nothing but termios, read and write: the tests' end of the cable. Its waits
-/// end when what they wait for is there, or after LONG_TIME.
+/// A sensor, and the host's end of its cable: termios, read and write alone. A wait ends when what
+/// it waits for has arrived, or after LONG_TIME.
 class cRawHost {
  public:
-  /// Opens the slave raw at this line speed, a constant of termios (0: as it is).
-  explicit cRawHost(const std::string& path, speed_t speed = 0)
-      : fd(open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-    EXPECT_GE(fd, 0) << path;
-    if (speed != 0) setSpeed(speed);
-  }
-  ~cRawHost() { close(fd); }
-  cRawHost(const cRawHost&) = delete;
-  cRawHost& operator=(const cRawHost&) = delete;
+  explicit cRawHost(const cSimSetting& setting = {}) : sensor(setting) {}
 
   void setSpeed(speed_t speed) {
     termios modes;
-    tcgetattr(fd, &modes);
-    cfmakeraw(&modes);
+    tcgetattr(tty.get(), &modes);
     cfsetspeed(&modes, speed);
-    tcsetattr(fd, TCSANOW, &modes);
+    tcsetattr(tty.get(), TCSANOW, &modes);
   }
   void write(const std::string& bytes) {
-    EXPECT_EQ(::write(fd, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    EXPECT_EQ(::write(tty.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
   }
-  /// What arrives up to and with `end`; all that arrived if that does not come.
+  /// What arrives up to and including `end`, or until nothing more arrives.
   std::string readUntil(const std::string& end) {
-    while (arrived.find(end) == std::string::npos && readSome()) {
+    std::string bytes;
+    pollfd input = {tty.get(), POLLIN, 0};
+    for (char c = 0; bytes.find(end) == std::string::npos; bytes += c) {
+      if (poll(&input, 1, static_cast<int>(LONG_TIME.count())) <= 0 || read(tty.get(), &c, 1) != 1)
+        break;
     }
-    const std::size_t place = std::min(arrived.find(end), arrived.size());
-    const std::string bytes = arrived.substr(0, place + end.size());
-    arrived.erase(0, bytes.size());
     return bytes;
   }
   /// One record: up to its empty line.
@@ -52,23 +44,15 @@ class cRawHost {
     write(command + "\n");
     return readRecord();
   }
-  /// All that was said before the answer to a QT sent now.
+  /// Everything that the sensor sends before its answer to a QT sent now.
   std::string readAll() {
     write("QT;end\n");
     const std::string all = readUntil("QT;end\n00P\n\n");
     return all.substr(0, all.find("QT;end"));
   }
 
- private:
-  bool readSome() {
-    pollfd input = {fd, POLLIN, 0};
-    char bytes[4096];
-    if (poll(&input, 1, static_cast<int>(LONG_TIME.count())) <= 0) return false;
-    const ssize_t count = read(fd, bytes, sizeof bytes);
-    if (count > 0) arrived.append(bytes, static_cast<std::size_t>(count));
-    return count > 0;
-  }
+  cSimSensor sensor;
 
-  int fd;
-  std::string arrived;  ///< read and not yet taken
+ private:
+  const cSimDescriptor tty{open(sensor.getPath().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)};
 };

@@ -2,89 +2,82 @@
 
 #include "tests/sim/cRawHost.h"
 
-namespace {
+using F = eSimFault;
 
 const std::string CLEAN = "TM2;5\n03S\n\n";  // the answer to "TM2;5"
 
 class SimFaults : public testing::Test {
  protected:
-  /// What becomes of the answer.
-  std::string spoiled(eSimFault fault, int value) {
-    sensor.setFault(fault, value, "TM2", 1);
+  /// What arrives instead of the answer to "TM2;5", "|" for each line feed.
+  std::string corrupted(const char* fault, int value) {
+    host.sensor.setFault(simFaultByName(fault).value(), value, "TM2", 1);
     host.write("TM2;5\n");
-    return host.readAll();
+    std::string bytes = host.readAll();
+    std::replace(bytes.begin(), bytes.end(), '\n', '|');
+    return bytes;
   }
 
-  cSimSensor sensor{cSimSetting()};
-  cRawHost host{sensor.getPath()};
+  cRawHost host;
 };
 
-}  // namespace
-
-// Catches: a content fault that does nothing, something else, or does not end after its count.
-TEST_F(SimFaults, SpoilARecord) {
-  struct cRow {
-    eSimFault fault;
-    int value;
-    std::string bytes;
-  };
-  const cRow rows[] = {{eSimFault::FLIPPED_BIT, 8, "TL2;5\n03S\n\n"},
-                       {eSimFault::WRONG_SUM, 0, "TM2;5\n03T\n\n"},
-                       {eSimFault::CUT_SHORT, 8, "TM2;5\n03"},
-                       {eSimFault::LOST_LINE_FEED, 2, "TM2;5\n03S\n"},
-                       {eSimFault::LOST_LINE, -1, "TM2;5\n\n"},
-                       {eSimFault::LOST_END, 0, "TM2;5\n03S\n"},
-                       {eSimFault::DOUBLED_LINE, 1, "TM2;5\n03S\n03S\n\n"},
-                       {eSimFault::SWAPPED_LINES, 0, "03S\nTM2;5\n\n"},
-                       {eSimFault::EMPTY_STATUS, 0, "TM2;5\n\n\n"},
-                       {eSimFault::CR_LF, 0, "TM2;5\r\n03S\r\n\r\n"},
-                       {eSimFault::STATUS, simStatus("0I"), "TM2;5\n0Ii\n\n"},
-                       {eSimFault::STATUS, 98, "TM2;5\n98a\n\n"},
-                       {eSimFault::OTHER_ECHO, 0, "XX2;5\n03S\n\n"},
-                       {eSimFault::OTHER_TAG, -1, "TM2;4\n03S\n\n"},
-                       {eSimFault::ENDLESS_LINE, 5, "ooooo"},
-                       {eSimFault::NO_ANSWER, 0, ""}};
-  for (const cRow& row : rows) {
-    EXPECT_EQ(spoiled(row.fault, row.value), row.bytes) << static_cast<int>(row.fault);
+// Catches: a content fault that does nothing, does something else, or does not end after its count.
+TEST_F(SimFaults, CorruptARecord) {
+  const int status = simStatus("0I");
+  const std::tuple<const char*, int, const char*> rows[] = {
+      {"flipped-bit", 8, "TL2;5|03S||"},      {"wrong-sum", 0, "TM2;5|03T||"},
+      {"cut-short", 8, "TM2;5|03"},           {"lost-line-feed", 2, "TM2;5|03S|"},
+      {"lost-line", -1, "TM2;5||"},           {"lost-end", 0, "TM2;5|03S|"},
+      {"doubled-line", 1, "TM2;5|03S|03S||"}, {"swapped-lines", 0, "03S|TM2;5||"},
+      {"empty-status", 0, "TM2;5|||"},        {"cr-lf", 0, "TM2;5\r|03S\r|\r|"},
+      {"status", status, "TM2;5|0Ii||"},      {"status", 98, "TM2;5|98a||"},
+      {"other-echo", 0, "XX2;5|03S||"},       {"other-tag", -1, "TM2;4|03S||"},
+      {"endless-line", 5, "ooooo"},           {"no-answer", 0, ""}};
+  for (const auto& [name, value, bytes] : rows) {
+    EXPECT_EQ(corrupted(name, value), bytes) << name;
     EXPECT_EQ(host.ask("TM2;5"), CLEAN);
   }
 }
 
-// Catches: random damage that is of another size, or lies outside the record.
-TEST_F(SimFaults, SpoilAtRandom) {
-  EXPECT_EQ(spoiled(eSimFault::GARBAGE, 40).substr(40), CLEAN);
-  EXPECT_EQ(spoiled(eSimFault::LOST_BYTES, 3).size(), CLEAN.size() - 3);
-  const std::string forced = spoiled(eSimFault::FORCED_BYTE, 0xFF);
+// Catches: random damage of another size, or outside the record.
+TEST_F(SimFaults, CorruptAtRandom) {
+  EXPECT_EQ(corrupted("garbage", 40).substr(40), "TM2;5|03S||");
+  EXPECT_EQ(corrupted("lost-bytes", 3).size(), CLEAN.size() - 3);
+  const std::string forced = corrupted("forced-byte", 0xFF);
   EXPECT_EQ(std::count(forced.begin(), forced.end(), '\xFF'), 1);
-  const std::string more = spoiled(eSimFault::UNSOLICITED, 9);
-  EXPECT_EQ(more.rfind("MD0000000101000;9\n99b\n", 0), 0u);
-  EXPECT_EQ(more.substr(more.size() - CLEAN.size()), CLEAN);
-  const std::string body = spoiled(eSimFault::ENDLESS_BODY, 1000);
-  EXPECT_EQ(body.rfind("TM2;5\n03S\n", 0), 0u);
-  EXPECT_EQ(body.find("\n\n"), std::string::npos);
+  const std::string more = corrupted("unsolicited", 9);
+  EXPECT_EQ(more.substr(0, 22) + more.substr(37), "MD0000000101000;9|99b|TM2;5|03S||");
+  const std::string body = corrupted("endless-body", 1000);
+  EXPECT_EQ(body.rfind("TM2;5|03S|", 0), 0u);
+  EXPECT_EQ(body.find("||"), std::string::npos);
   EXPECT_GE(body.size(), 1010u);
 }
 
-// Catches: another number of readings than told, and aims that miss.
-TEST_F(SimFaults, AimAtScans) {
+// Catches: another number of readings than the value says, a target that is not respected, a scan
+// that was cut short and counts as sent.
+TEST_F(SimFaults, AffectTheirTarget) {
   for (const auto& [readings, bytes] : {std::pair(-1, -3), std::pair(30, 90 + 2)}) {
-    sensor.setFault(eSimFault::WRONG_COUNT, readings, "scan", 1);
+    host.sensor.setFault(F::WRONG_COUNT, readings, "scan", 1);
     EXPECT_EQ(host.ask("MD0100014901002"), "MD0100014901002\n00P\n\n");
     const auto size = static_cast<int>(host.readRecord().size());
     EXPECT_EQ(size, static_cast<int>(host.readRecord().size()) + bytes);
   }
+  host.sensor.setFault(F::CUT_SHORT, 20, "MD0100010001000", 1);
+  host.ask("MD0100010001002");
+  host.readUntil("MD0100010001000\n99b\n");
+  EXPECT_EQ(host.readAll(), "");
+  EXPECT_EQ(host.sensor.getSentScans().size(), 5u);
 }
 
 // Catches: a timing fault that changes the bytes or takes no time.
 TEST_F(SimFaults, TakeTime) {
-  sensor.setFault(eSimFault::SPLIT_PAUSE, 60);
+  host.sensor.setFault(F::SPLIT_PAUSE, 60);
   for (const auto& [fault, value, milliseconds] :
-       {std::tuple(eSimFault::LATE, 60, 60), std::tuple(eSimFault::SPLIT, 4, 60),
-        std::tuple(eSimFault::BYTE_BY_BYTE, 5000, 50), std::tuple(eSimFault::BURSTS, 30, 0)}) {
-    sensor.setFault(fault, value);
+       {std::tuple(F::LATE, 60, 120), std::tuple(F::SPLIT, 4, 120),
+        std::tuple(F::BYTE_BY_BYTE, 5000, 100), std::tuple(F::BURSTS, 60, 60)}) {
+    host.sensor.setFault(fault, value);
     const auto before = std::chrono::steady_clock::now();
-    EXPECT_EQ(host.ask("TM2;5"), CLEAN);
+    EXPECT_EQ(host.ask("TM2;5") + host.ask("TM2;5"), CLEAN + CLEAN);
     EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(milliseconds));
-    sensor.clearFault(fault);
+    host.sensor.clearFault(fault);
   }
 }

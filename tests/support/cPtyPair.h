@@ -2,9 +2,8 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <stdlib.h>
+#include <pty.h>
 #include <sys/ioctl.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include "tests/support/driving.h"
@@ -15,12 +14,11 @@
 /// closed. Every wait ends after `LONG_TIME`, with what came until then.
 class cPtyPair {
  public:
-  cPtyPair() : master(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) {
-      throw std::runtime_error("no pseudo-terminal to be had");
-    }
-    path = ptsname(master);
-    slave = open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  cPtyPair() {
+    if (openpty(&master, &slave, nullptr, nullptr, nullptr) != 0)
+      throw std::runtime_error("no pseudo-terminal is available");
+    path = ttyname(slave);
+    for (const int end : {master, slave}) fcntl(end, F_SETFD, FD_CLOEXEC);
   }
   ~cPtyPair() {
     close(slave);
@@ -39,25 +37,19 @@ class cPtyPair {
     master = -1;
   }
 
-  /// Sends all of `text` to the library.
+  /// Sends `text` to the library.
   void send(const std::string& text) const {
-    for (std::size_t sent = 0; sent < text.size();) {
-      const ssize_t count = write(master, text.data() + sent, text.size() - sent);
-      if (count <= 0) throw std::runtime_error("the master takes no more");
-      sent += static_cast<std::size_t>(count);
-    }
+    const ssize_t sent = write(master, text.data(), text.size());
+    if (sent != static_cast<ssize_t>(text.size())) throw std::runtime_error("the line is full");
   }
 
   /// Takes `size` characters that the library wrote.
   std::string receive(std::size_t size) const {
-    std::string text;
-    eventually([&] {
-      pollfd waiting = {master, POLLIN, 0};
-      char c = 0;
-      while (text.size() < size && poll(&waiting, 1, 0) > 0 && read(master, &c, 1) == 1) text += c;
-      return text.size() >= size;
-    });
-    return text;
+    std::string text(size, '\0');
+    std::size_t taken = 0;
+    for (pollfd waiting = {master, POLLIN, 0}; taken < size && poll(&waiting, 1, LONG) > 0;)
+      taken += static_cast<std::size_t>(read(master, &text[taken], size - taken));
+    return text.substr(0, taken);
   }
 
   /// Waits until `size` characters wait to be read by the library.
@@ -80,7 +72,7 @@ class cPtyPair {
   }
 
  private:
-  int master;
+  int master = -1;
   int slave = -1;
   std::string path;
 };

@@ -16,6 +16,7 @@
 
 #include "sim/tarvosim.h"
 #include "tarvolink/tarvolink.h"
+#include "tests/support/waiting.h"
 
 using tPort = boost::shared_ptr<kavTBX::basic_portbuf<char>>;
 using tLink = boost::shared_ptr<cTarvoLink>;
@@ -23,22 +24,8 @@ using tDriver = boost::shared_ptr<cSensorDriver>;
 using tDriver2 = boost::shared_ptr<cSensorDriverSCIP2>;
 using tScan = boost::shared_ptr<cScan>;
 
-/// Longer than anything here takes on a loaded machine; waits end on their event.
-constexpr int LONG = 20000;  // milliseconds
-constexpr std::chrono::milliseconds LONG_TIME(LONG);
-
 /// A session leader that opens a tty may get it as its terminal, and with it SIGHUP.
 [[maybe_unused]] inline const auto IGNORED = std::signal(SIGHUP, SIG_IGN);
-
-/// Whether `condition` comes to hold.
-inline bool eventually(const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + LONG_TIME;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  return true;
-}
 
 /// What `action` printed.
 struct cOutput {
@@ -66,11 +53,13 @@ inline tPort openPort(const std::string& path, int timeout = 300) {
   return port;
 }
 
-inline tLink openLink(const std::string& path) { return tLink(new cTarvoLink(openPort(path))); }
+inline tLink openLink(const std::string& path, int timeout = 300) {
+  return tLink(new cTarvoLink(openPort(path, timeout)));
+}
 
 /// A running driver without a detection: nothing was sent, the next tag is 1.
-inline tDriver2 openDriver(const std::string& path) {
-  tDriver2 driver(new cSensorDriverSCIP2(openLink(path)));
+inline tDriver2 openDriver(const std::string& path, int timeout = 300) {
+  tDriver2 driver(new cSensorDriverSCIP2(openLink(path, timeout)));
   driver->start();
   return driver;
 }
@@ -90,20 +79,9 @@ inline bool stopLeftScan(iSCIP2IF& driver) {
   return false;
 }
 
-/// How long this process's threads have waited for a processor that was busy.
-inline double getStarvedSeconds() {
-  double nanoseconds = 0;
-  for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
-    double used = 0, waited = 0;
-    std::ifstream(thread.path() / "schedstat") >> used >> waited;
-    nanoseconds += waited;
-  }
-  return nanoseconds * 1e-9;
-}
-
 /// The result of `start`. One below 0 is tried again, but only if this process waited for a
 /// processor for half of the 200 ms that the library gives a sensor to accept a start.
-inline int surely(iSCIP2IF& driver, const std::function<int()>& start) {
+inline int retryIfStarved(iSCIP2IF& driver, const std::function<int()>& start) {
   for (;;) {
     const double starved = getStarvedSeconds();
     const int result = start();
@@ -112,11 +90,11 @@ inline int surely(iSCIP2IF& driver, const std::function<int()>& start) {
   }
 }
 
-/// Starts a scan of a sensor that accepts it, surely; how many scans it had sent before.
-inline std::size_t startSurely(const cSimSensor& sensor, iSCIP2IF& driver, int first, int last,
-                               int cluster, int scans, int longest) {
+/// Starts a scan of a sensor that accepts it, again if starved; how many scans it had sent before.
+inline std::size_t startRetrying(const cSimSensor& sensor, iSCIP2IF& driver, int first, int last,
+                                 int cluster, int scans, int longest) {
   std::size_t sent = 0;
-  const int result = surely(driver, [&] {
+  const int result = retryIfStarved(driver, [&] {
     sent = sensor.getSentScans().size();
     return driver.startScan(first, last, cluster, 0, scans, longest);
   });

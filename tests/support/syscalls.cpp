@@ -53,23 +53,21 @@ bool syscalls::hasFailed() {
 
 void syscalls::stepWallClock(long seconds) { offset += seconds; }
 
-/// What is made so gets the usual mode, whatever is asked for.
+/// A file that this creates gets the usual mode, not the one asked for.
 SEEN_BY_THE_LIBRARY int open(const char* path, int flags, ...) {
   if (fails("open", EMFILE)) return -1;
   return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, 0666));
 }
 
 SEEN_BY_THE_LIBRARY int tcgetattr(int fd, termios* modes) noexcept {
-  const int result = pass<int>("tcgetattr", EIO, fd, modes);
-  if (result == 0) modes->c_cflag ^= syscalls::control;
-  return result;
+  return pass<int>("tcgetattr", EIO, fd, modes);
 }
 
 SEEN_BY_THE_LIBRARY int tcsetattr(int fd, int actions, const termios* modes) noexcept {
   ++syscalls::settings;
   syscalls::when = actions;
   syscalls::wanted = *modes;
-  return syscalls::refuses ? -1 : pass<int>("tcsetattr", EIO, fd, actions, modes);
+  return pass<int>("tcsetattr", EIO, fd, actions, modes);
 }
 
 SEEN_BY_THE_LIBRARY int poll(pollfd* fds, nfds_t n, int ms) {

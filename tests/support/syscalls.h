@@ -9,12 +9,10 @@
 /// library's: build syscalls.cpp into it.
 namespace syscalls {
 
-inline std::atomic<int> silentPolls{0};   ///< calls of poll that ended by their time-out
-inline std::atomic<int> settings{0};      ///< calls of tcsetattr
-inline std::atomic<bool> refuses{false};  ///< tcsetattr fails
-inline std::atomic<int> when{-1};         ///< the last tcsetattr's action
-inline termios wanted = {};               ///< the last tcsetattr's attributes
-inline std::atomic<tcflag_t> control{0};  ///< in c_cflag, what tcgetattr tells the other way round
+inline std::atomic<int> silentPolls{0};  ///< calls of poll that ended by their time-out
+inline std::atomic<int> settings{0};     ///< calls of tcsetattr
+inline std::atomic<int> when{-1};        ///< the last tcsetattr's action
+inline termios wanted = {};              ///< the last tcsetattr's attributes
 
 /// From now on the n-th call of that name fails, in threads that were not there before:
 /// "open", "tcgetattr", "tcsetattr", "poll", "read", "write" or "malloc" (and with it new). The
@@ -23,7 +21,7 @@ void failNth(const char* call, int n);
 /// No call fails any more. Whether one did.
 bool hasFailed();
 
-/// What gettimeofday and CLOCK_REALTIME say is so many seconds off from now on.
+/// From now on gettimeofday and CLOCK_REALTIME are off by so many seconds more.
 void stepWallClock(long seconds);
 
 }  // namespace syscalls

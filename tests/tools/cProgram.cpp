@@ -51,8 +51,7 @@ cProgram::cProgram(const std::vector<std::string>& arguments, const cStart& star
     if (pid == 0) become(words);
     fcntl(outputFd, F_SETFD, FD_CLOEXEC);
   } else {
-    std::array<int, 2> out{-1, -1};
-    std::array<int, 2> err{-1, -1};
+    std::array<int, 2> out{-1, -1}, err{-1, -1};
     if (pipe2(out.data(), O_CLOEXEC) == 0 && pipe2(err.data(), O_CLOEXEC) == 0) pid = fork();
     if (pid == 0) {
       dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);

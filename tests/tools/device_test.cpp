@@ -5,13 +5,12 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <list>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/cPtyPair.h"
 #include "tests/tools/cProgram.h"
 #include "tests/tools/simSettings.h"
-
-using nlohmann::json;
 
 namespace {
 
@@ -19,39 +18,44 @@ cStart withDevices(const std::string& paths) {
   return {PROGRAM_PATH, {"TARVOLINK_DEVICES=" + paths}};
 }
 
-cResult stty(const std::vector<std::string>& arguments) {
-  return runProgram(arguments, {"/bin/stty"});
-}
-
 }  // namespace
 
-// Would catch a second reader, which takes bytes away from the first: that goes on unharmed.
-TEST(ProgramPort, isRefusedWhileAnotherTarvolinkHasIt) {
+// Would catch a second reader, which takes bytes away from the first, a port that nobody gets of
+// those who ask for it at once, and a program reported as its user that has not got it either.
+TEST(ProgramPort, isOnesWhereSeveralStartAtOnce) {
   const cSimSensor sensor(fastTurning());
-  cProgram first({"scan", sensor.getPath(), "-n", "0"});
-  for (int line = 0; line < 4; ++line) first.readLine();
-  const auto heard = sensor.getCounters().commands;
-  const cResult second = runProgram({"info", sensor.getPath()});
-  EXPECT_EQ(second.status, 1);
-  EXPECT_TRUE(holds(second.errors, "(process " + std::to_string(first.getPid()) + ")"));
-  EXPECT_EQ(sensor.getCounters().commands, heard) << "something was sent";
+  std::list<cProgram> programs;
+  while (programs.size() < 4)
+    programs.emplace_back(std::vector<std::string>{"scan", sensor.getPath(), "-n", "0"});
+  cProgram* first = nullptr;
+  for (cProgram& each : programs) {
+    each.waitForError("tarvolink: ");
+    if (each.getErrors().find("looking for") != std::string::npos) first = &each;
+  }
+  ASSERT_NE(first, nullptr);
+  const std::string user = "in use by tarvolink (process " + std::to_string(first->getPid()) + ").";
+  for (cProgram& each : programs) {
+    EXPECT_TRUE(&each == first || (each.wait() == 1 && holds(each.getErrors(), user)));
+  }
+  for (int line = 0; line < 4; ++line) first->readLine();
   const int fd = open(sensor.getPath().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
   EXPECT_NE(flock(fd, LOCK_EX | LOCK_NB), 0) << "no lock tells those who cannot see its process";
   close(fd);
-  first.readLine();
-  first.signal(SIGINT);
-  EXPECT_EQ(first.wait(), 0);
-  EXPECT_TRUE(holds(first.getErrors(), " 0 dropped"));
+  first->signal(SIGINT);
+  EXPECT_EQ(first->wait(), 0);
+  EXPECT_TRUE(holds(first->getErrors(), " 0 dropped"));
+  EXPECT_FALSE(sensor.waitForCommand("VV", {}, 2)) << "another one has sent something";
 }
 
 // Would catch a mode that an earlier program has left, and that damages data or holds them back.
 TEST(ProgramPort, isPutRightWhateverAnEarlierProgramLeft) {
   const cSimSensor sensor{cSimSetting{}};
   const std::string& path = sensor.getPath();
-  stty({"-F", path, "inlcr", "igncr", "istrip", "ixon", "ixoff", "-clocal", "icanon", "echo"});
-  stty({"-F", path, "-icanon", "min", "200", "time", "5"});
-  EXPECT_EQ(runProgram({"info", path}).status, 0);
-  const std::string now = stty({"-F", path, "-a"}).output;
+  const std::string stty = "stty -F " + path;
+  const std::string spoil = " inlcr igncr istrip ixon ixoff -clocal echo -icanon min 200 time 5";
+  const std::string info = " && '" PROGRAM_PATH "' info " + path + " && ";
+  const std::string now =
+      runProgram({"-c", stty + spoil + info + stty + " -a"}, {"/bin/sh"}).output;
   for (const char* mode :
        {"-inlcr -igncr", "-istrip", "-ixon -ixoff", " clocal", "min = 1; time = 0"}) {
     EXPECT_TRUE(holds(now, mode));
@@ -67,30 +71,28 @@ TEST(ProgramList, tellsInJsonWhatIsThereAndWhoHasIt) {
   other.readLine();
   const cStart all = withDevices(sensor.getPath() + ":/dev/tty-of-nobody:" + held.getPath());
   EXPECT_TRUE(holds(runProgram({"list"}, all).output, sensor.getPath() + "\n"));
-  EXPECT_EQ(sensor.getCounters().bytesHeard, 0u);
+  EXPECT_EQ(sensor.getCounters().bytesReceived, 0u);
   const cResult result = runProgram({"list", "--json", "--probe"}, all);
   ASSERT_EQ(result.status, 0) << result.errors;
-  const json devices = json::parse(result.output);
+  const nlohmann::json devices = nlohmann::json::parse(result.output);
   ASSERT_EQ(devices.size(), 2u);
   EXPECT_EQ(devices[0]["device"], sensor.getPath());
   EXPECT_EQ(devices[0]["sensor"]["product"], "Simulated short range scanner");
   EXPECT_EQ(devices[1]["held_by"][0]["pid"], other.getPid());
   EXPECT_FALSE(devices[1].contains("sensor")) << "one in use was probed";
-  EXPECT_EQ(held.getCounters().bytesHeard, 0u);
+  EXPECT_EQ(held.getCounters().bytesReceived, 0u);
 }
 
 // Would catch simulated data in place of a sensor's, and a sensor that the program picks itself.
 TEST(ProgramDefault, isTheOnlySerialDeviceButAskedForWhereThereAreSeveral) {
   const cSimSensor sensor{cSimSetting{}};
-  const cResult found = runProgram({"info"}, withDevices(sensor.getPath()));
-  EXPECT_EQ(found.status, 0);
-  EXPECT_TRUE(holds(found.errors, "only serial device here, " + sensor.getPath()));
-  const cPtyPair other;
-  const cResult several =
-      runProgram({"info"}, withDevices(sensor.getPath() + ":" + other.getPath()));
-  EXPECT_EQ(several.status, 1);
-  EXPECT_TRUE(holds(several.errors, "\n  " + sensor.getPath() + "\n  " + other.getPath() + "\n"));
-  const cResult none = runProgram({"info"}, withDevices("/dev/tty-of-nobody"));
-  EXPECT_EQ(none.status, 1);
-  EXPECT_TRUE(holds(none.errors, "TARVOLINK_DEVICES names /dev/tty-of-nobody, which is no device"));
+  const cPtyPair line;
+  const std::string &path = sensor.getPath(), &other = line.getPath();
+  const cResult found = runProgram({"info"}, withDevices(path));
+  EXPECT_TRUE(found.status == 0 && holds(found.errors, "only serial device here, " + path));
+  const cResult several = runProgram({"info"}, withDevices(path + ":" + other));
+  EXPECT_TRUE(several.status == 1 && holds(several.errors, "\n  " + path + "\n  " + other + "\n"));
+  const cResult none = runProgram({"info"}, withDevices(":::/dev/no-tty:"));
+  EXPECT_TRUE(none.status == 1 && holds(none.errors, "no DEVICE given, and none that "));
+  EXPECT_EQ(none.errors.rfind("tarvolink: TARVOLINK_DEVICES names /dev/no-tty, which", 0), 0u);
 }

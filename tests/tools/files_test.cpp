@@ -3,13 +3,17 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <csignal>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 
+#include "tests/support/cPtyPair.h"
 #include "tests/tools/cProgram.h"
 #include "tests/tools/cTempFolder.h"
 #include "tests/tools/simSettings.h"
 
 namespace fs = std::filesystem;
+using nlohmann::json;
 
 namespace {
 
@@ -22,18 +26,16 @@ std::ptrdiff_t countIn(const cTempFolder& folder) {
 // Would catch a drawing that is mirrored, turned or out of scale, or shows another scan.
 TEST(ProgramPlot, hasEachValidReadingOfTheLastScanInItsPlace) {
   const cTempFolder folder;
-  const cSimSensor sensor(unpaced());
+  const std::string plot = folder / "plot.svg";
   const cResult result =
-      runProgram({"scan", sensor.getPath(), "-n", "3", "--plot", folder / "plot.svg"});
+      runProgram({"scan", "sim:", "-n", "3", "--json", "-o", "-", "--plot", plot});
   ASSERT_EQ(result.status, 0) << result.errors;
-  EXPECT_EQ(linesOf(result.output).size(), 4u) << "the table is still wanted";
-  const std::string drawing = readFile(folder / "plot.svg");
-  EXPECT_EQ(runProgram({"--noout", folder / "plot.svg"}, {"/usr/bin/xmllint"}).errors, "");
+  EXPECT_EQ(runProgram({"--noout", plot}, {"/usr/bin/xmllint"}).errors, "");
 
-  const auto distances = sensor.getTrueDistances(sensor.getSentScans().at(2), 44, 725, 1);
+  const std::vector<int> distances = json::parse(linesOf(result.output).at(2))["distances"];
   std::size_t step = 44;
   double scale = 0;
-  for (const std::string& line : linesOf(drawing)) {
+  for (const std::string& line : linesOf(readFile(plot))) {
     double x = 0, y = 0;
     constexpr auto READING = " <circle class=\"reading\" cx=\"%lf\" cy=\"%lf\"";
     if (sscanf(line.c_str(), READING, &x, &y) != 2) continue;
@@ -48,62 +50,77 @@ TEST(ProgramPlot, hasEachValidReadingOfTheLastScanInItsPlace) {
   for (; step <= 725; ++step) EXPECT_LT(distances[step - 44], 20) << step << " is not drawn";
 }
 
-// Would catch good data of an earlier run lost for a run that failed, and its own thrown away.
-TEST(ProgramFiles, leaveTheOlderOnesWhereARunFailsAndKeepWhatItTook) {
+// Would catch a file of the name "-", a drawing with rows in it, and a terminal refused as if it
+// were a sensor's.
+TEST(ProgramFiles, areStandardOutputByAHyphen) {
   const cTempFolder folder;
-  const std::string data = folder / "scans.json";
-  const std::string plot = folder / "plot.svg";
-  std::ofstream(data) << "older";
-  std::ofstream(plot) << "older";
-  cSimSensor sensor(fastTurning());
-  cProgram program({"scan", sensor.getPath(), "-n", "0", "-o", data, "--plot", plot});
-  ASSERT_TRUE(sensor.waitForSentScans(5, std::chrono::seconds(60)));
-  sensor.unplug();
-  EXPECT_EQ(program.wait(), 4);
-  EXPECT_EQ(readFile(data), "older");
-  EXPECT_EQ(readFile(plot), "older");
-  EXPECT_TRUE(holds(program.getErrors(), "are in " + data + ".part-"));
-  EXPECT_EQ(countIn(folder), 3);
+  const auto isDrawing = [](const std::string& text) { return text.rfind("<?xml", 0) == 0; };
+  EXPECT_TRUE(isDrawing(runProgram({"scan", "sim:", "--plot", "-"}).output));
+  EXPECT_TRUE(isDrawing(runProgram({"scan", "sim:", "--plot", "-", "-o", folder / "rows"}).output));
+  EXPECT_EQ(linesOf(readFile(folder / "rows")).size(), 2u);
+  cProgram terminal({"scan", "sim:", "-o", "/dev/stdout"}, {PROGRAM_PATH, {}, true});
+  EXPECT_EQ(terminal.wait(), 0) << terminal.getOutput();
+}
+
+// Would catch good data of an earlier run lost for a run that failed or was cut short, and its own
+// thrown away.
+TEST(ProgramFiles, leaveTheOlderOnesWhereARunFailsAndKeepWhatItTook) {
+  for (const auto& [count, status] : {std::pair("0", 4), std::pair("5000", -SIGINT)}) {
+    const cTempFolder folder;
+    const std::string data = folder / "scans", plot = folder / "plot";
+    std::ofstream(data) << "older";
+    std::ofstream(plot) << "older";
+    cSimSensor sensor(fastTurning());
+    cProgram program({"scan", sensor.getPath(), "-n", count, "-o", data, "--plot", plot});
+    ASSERT_TRUE(sensor.waitForSentScans(5, std::chrono::seconds(60)));
+    status < 0 ? program.signal(-status) : sensor.unplug();
+    EXPECT_EQ(program.wait(), status);
+    EXPECT_EQ(readFile(data) + readFile(plot), "olderolder");
+    EXPECT_TRUE(holds(program.getErrors(), "are in " + data + ".part-"));
+    EXPECT_EQ(countIn(folder), 3);
+  }
 }
 
 class ProgramFile : public testing::TestWithParam<const char*> {};
 
-// Would catch a link that is replaced itself, and a file that others may read from then on.
-TEST_P(ProgramFile, replacesWhatALinkLeadsToAndKeepsItsPermissions) {
-  constexpr auto OWNERS_ALONE = fs::perms::owner_read | fs::perms::owner_write;
+// Would catch a link that is replaced itself, and a file that others may read from then on or that
+// is root's.
+TEST_P(ProgramFile, replacesWhatALinkLeadsToAndKeepsItsOwnerAndPermissions) {
   const cTempFolder folder;
-  const std::string file = folder / "file";
-  const std::string link = folder / "link";
+  const std::string file = folder / "file", link = folder / "link";
   fs::create_symlink("file", link);
-  const cSimSensor sensor(unpaced());
   // First what the link leads to is not there, then it is.
-  ASSERT_EQ(runProgram({"scan", sensor.getPath(), GetParam(), link}).status, 0);
+  ASSERT_EQ(runProgram({"scan", "sim:", GetParam(), link}).status, 0);
   std::ofstream(file) << "older";
-  fs::permissions(file, OWNERS_ALONE);
-  ASSERT_EQ(runProgram({"scan", sensor.getPath(), GetParam(), link}).status, 0);
-  EXPECT_GT(readFile(file).size(), 50u);
+  const uid_t owner = geteuid() == 0 ? 65534 : geteuid();
+  ASSERT_EQ(chown(file.c_str(), owner, static_cast<gid_t>(-1)), 0);
+  fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
+  ASSERT_EQ(runProgram({"scan", "sim:", GetParam(), link}).status, 0);
+  struct stat status {};
+  EXPECT_EQ(stat(file.c_str(), &status), 0);
+  EXPECT_GT(status.st_size, 50);
+  EXPECT_TRUE(status.st_mode == (S_IFREG | 0600) && status.st_uid == owner);
   EXPECT_TRUE(fs::is_symlink(link));
-  EXPECT_EQ(fs::status(file).permissions(), OWNERS_ALONE);
   EXPECT_EQ(countIn(folder), 2);
 }
 
-// Renaming asks the folder alone: would catch a file replaced that its owner protects, and a device
-// that is taken away from everybody.
+// Renaming asks the folder alone: would catch a file replaced that its owner protects, a device
+// that is taken away from everybody, and scans written to another sensor.
 TEST_P(ProgramFile, isRefusedAtOnceWhereItCannotBeReplaced) {
   const cTempFolder folder;
-  const std::string file = folder / "precious";
-  const std::string pipe = folder / "pipe";
+  const std::string file = folder / "precious", pipe = folder / "pipe";
   std::ofstream(file) << "older";
   fs::permissions(file, fs::perms::owner_read | fs::perms::others_read);
   fs::permissions(folder / "", fs::perms::all);
   ASSERT_EQ(mkfifo(pipe.c_str(), 0644), 0);
-  std::vector<std::string> paths{file, folder / "", folder / "none/file"};
+  const cPtyPair other;
+  fs::permissions(other.getPath(), fs::perms::all);
+  std::vector<std::string> paths{file, folder / "", folder / "none/file", other.getPath()};
   if (GetParam() == std::string("--plot")) paths.push_back(pipe);
   for (const std::string& path : paths) {
     const std::vector<std::string> arguments{"scan", "sim:", GetParam(), path};
     const cResult result = geteuid() == 0 ? runAsNobody(arguments) : runProgram(arguments);
-    EXPECT_EQ(result.status, 1) << path;
-    EXPECT_TRUE(holds(result.errors, "cannot write to " + path));
+    EXPECT_TRUE(result.status == 1 && holds(result.errors, "cannot write to " + path));
     EXPECT_FALSE(holds(result.errors, "looking for a sensor"));
   }
   EXPECT_EQ(readFile(file), "older");

@@ -19,7 +19,7 @@ tLines frameOf(const tPoints& points, const tool::cTerminalSize& size = {COLUMNS
   cScan scan(-2.4, 2.4, 0.01);
   scan.points = points;
   return tool::viewFrame(size, tool::cPalette(tool::eColours::NONE),
-                         tool::cPolarScale::reaching(2000), &scan, status, "keys");
+                         tool::cPolarScale::covering(2000), &scan, status, "keys");
 }
 
 tLines glyphsOf(const std::string& line) {
@@ -35,12 +35,10 @@ using tCells = std::set<std::pair<int, int>>;  // from the sensor: columns right
 
 /// The cells in which readings show: those that differ from the same picture without them.
 tCells cellsOf(const tPoints& points) {
-  const tLines with = frameOf(points);
-  const tLines without = frameOf({});
+  const tLines with = frameOf(points), without = frameOf({});
   tCells cells;
   for (std::size_t row = 0; row < ROWS; ++row) {
-    tLines glyphs = glyphsOf(with[row]);
-    tLines before = glyphsOf(without[row]);
+    tLines glyphs = glyphsOf(with[row]), before = glyphsOf(without[row]);
     glyphs.resize(COLUMNS, " ");
     before.resize(COLUMNS, " ");
     for (std::size_t i = 0; i < COLUMNS; ++i) {

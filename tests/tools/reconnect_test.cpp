@@ -12,12 +12,6 @@ class ProgramReconnect : public testing::Test {
  protected:
   static constexpr std::chrono::seconds PATIENCE{60};
 
-  static cSimSetting withLink(const std::string& link) {
-    cSimSetting setting = fastTurning();
-    setting.link = link;
-    return setting;
-  }
-
   void SetUp() override { ASSERT_TRUE(sensor.waitForSentScans(5, PATIENCE)); }
 
   void expectEndBySignal() {
@@ -28,9 +22,8 @@ class ProgramReconnect : public testing::Test {
   }
 
   cTempFolder folder;
-  std::string link = folder / "sensor";
-  std::string file = folder / "scans.csv";
-  cSimSensor sensor{withLink(link)};
+  std::string link = folder / "sensor", file = folder / "scans.csv";
+  cSimSensor sensor{fastTurning(link)};
   cProgram program{{"scan", link, "-n", "0", "--reconnect", "--format", "csv", "-o", file}};
 };
 
@@ -46,8 +39,9 @@ TEST_F(ProgramReconnect, goesOnWhenTheDeviceIsBackUnderItsName) {
   program.signal(SIGINT);
   EXPECT_EQ(program.wait(), 0) << program.getErrors();
   const auto lines = linesOf(readFile(file));
+  EXPECT_EQ(lines[0], "scan,timestamp,index,angle_rad,distance_mm");
   for (std::size_t i = 1; i < lines.size(); ++i) ASSERT_EQ(std::stoul(lines[i]), (i + 681) / 682);
-  EXPECT_TRUE(holds(program.getErrors(), " 1 reconnects"));
+  EXPECT_TRUE(holds(program.getErrors(), " 1 reconnect\n"));
   EXPECT_FALSE(sensor.isScanning());
 }
 

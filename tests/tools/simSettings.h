@@ -13,8 +13,9 @@ inline cSimSetting unpaced(eSimModel model = eSimModel::SHORT_RANGE,
 }
 
 /// 50 scans a second: more are under way, or lost, when something happens to the sensor.
-inline cSimSetting fastTurning() {
+inline cSimSetting fastTurning(const std::string& link = "") {
   cSimSetting setting;
+  setting.link = link;
   setting.rate = 50;
   return setting;
 }

@@ -1,47 +1,69 @@
 // How an endless scan ends: by its user, by its reader, and by its sensor.
 #include <csignal>
+#include <fstream>
+#include <tuple>
 
-#include "tests/support/cCaseName.h"
 #include "tests/tools/cProgram.h"
 #include "tests/tools/simSettings.h"
-
-namespace {
 
 using cClock = std::chrono::steady_clock;
 constexpr std::chrono::seconds GONE{3};
 
-}  // namespace
-
-struct cEnding {
-  const char* name;
-  int signal;   // 0: its reader closes its output
-  bool isMute;  // the sensor: "QT" and the abort would wait 4 s for their answers
-};
+// A count of scans, a signal (0: its reader closes its output), its status, whether the sensor is
+// mute: "QT" and the abort would then wait 4 s for their answers.
+using cEnding = std::tuple<const char*, int, int, bool>;
 
 class ProgramEnding : public testing::TestWithParam<cEnding> {};
 
-// Would catch a laser left on, a row cut in its middle, and a robot that waits for a dead sensor.
-TEST_P(ProgramEnding, isANormalEndAndSoon) {
+// Would catch a laser left on, a row cut in its middle, a robot that waits for a dead sensor, and a
+// shell's loop that goes on after Ctrl-C.
+TEST_P(ProgramEnding, isSoonAndBySignalIfItCutsARunShort) {
+  const auto [count, signal, status, isMute] = GetParam();
   cSimSensor sensor(fastTurning());
-  cProgram program({"scan", sensor.getPath(), "-n", "0"});
+  cProgram program({"scan", sensor.getPath(), "-n", count});
   for (int line = 0; line < 4; ++line) program.readLine();
-  if (GetParam().isMute) sensor.setFault(eSimFault::STALL);
+  if (isMute) sensor.setFault(eSimFault::STALL);
   const auto before = cClock::now();
-  if (GetParam().signal == 0) program.closeOutput();
-  program.signal(GetParam().signal);
-  EXPECT_EQ(program.wait(), 0) << program.getErrors();
+  if (signal == 0) program.closeOutput();
+  program.signal(signal);
+  EXPECT_EQ(program.wait(), status) << program.getErrors();
   EXPECT_LT(cClock::now() - before, GONE);
   EXPECT_EQ(program.getOutput().back(), '\n') << "the last row is cut";
   EXPECT_TRUE(sensor.waitForCommand("QT", std::chrono::seconds(10), 2)) << "1 at the start";
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ProgramEnding,
-                         testing::Values(cEnding{"int", SIGINT, false},
-                                         cEnding{"term", SIGTERM, false},
-                                         cEnding{"hup", SIGHUP, false}, cEnding{"pipe", 0, false},
-                                         cEnding{"intMute", SIGINT, true},
-                                         cEnding{"pipeMute", 0, true}),
-                         cCaseName());
+                         testing::Values(cEnding("0", SIGINT, 0, false),
+                                         cEnding("0", SIGTERM, 0, false),
+                                         cEnding("0", SIGHUP, 0, false), cEnding("0", 0, 0, false),
+                                         cEnding("0", SIGINT, 0, true), cEnding("0", 0, 0, true),
+                                         cEnding("5000", SIGINT, -SIGINT, false),
+                                         cEnding("5000", 0, -SIGPIPE, false),
+                                         cEnding("5000", SIGTERM, -SIGTERM, true)));
+
+// Would catch a run that goes on, or is cut short by its own end.
+TEST(ProgramEnd, comesWhenItsDurationIsOverOrItsScansAreTaken) {
+  const cSimSensor sensor(fastTurning());
+  const std::string& path = sensor.getPath();
+  const cResult timed = runProgram({"scan", path, "--duration", "0.5"});
+  EXPECT_TRUE(timed.status == 0 && linesOf(timed.output).size() > 5) << timed.errors;
+  EXPECT_EQ(linesOf(runProgram({"scan", path, "-n", "3", "--duration", "1e6"}).output).size(), 4u);
+  cProgram view({"view", path, "--duration", "0.5"}, {PROGRAM_PATH, {"TERM=xterm"}, true});
+  EXPECT_EQ(view.wait(), 0) << view.getOutput();
+}
+
+// Would catch a laser that stays on.
+TEST(ProgramStop, turnsALaserOffInBothDialects) {
+  for (const auto& [dialect, on, off] :
+       {std::tuple(eSimDialect::SCIP2, "BM", "QT"), std::tuple(eSimDialect::SCIP1, "L0", "L1")}) {
+    const cSimSensor sensor(unpaced(eSimModel::SHORT_RANGE, dialect));
+    std::ofstream(sensor.getPath()) << on << "\n";
+    ASSERT_TRUE(sensor.waitForCommand(on, std::chrono::seconds(60)));
+    const cResult result = runProgram({"stop", sensor.getPath()});
+    EXPECT_TRUE(result.status == 0 && holds(result.errors, sensor.getPath() + " is off\n"));
+    EXPECT_EQ(sensor.getCommands().back().rfind(off, 0), 0u) << sensor.getCommands().back();
+  }
+}
 
 // Would catch a program that waits for room in a pipe that nobody reads, and the laser on.
 TEST(ProgramEnd, comesSoonThoughNobodyReadsItsOutput) {

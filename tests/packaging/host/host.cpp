@@ -1,4 +1,4 @@
-// A host program as somebody else's project has it: it derives from one of the library's classes,
+// A host program of another project: it derives from one of the library's classes,
 // and calls what is in the library.
 #include <tarvolink/tarvolink.h>
 

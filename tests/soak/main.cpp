@@ -1,6 +1,5 @@
-// Four simulated sensors at 40 Hz for as long as one likes, with faults that come and go: every
-// scan sent is delivered as it was measured, or lost to the fault that was on; and the process
-// stays as small as it was.
+// Four simulated sensors at 40 Hz, with faults that come and go. Every scan sent must be delivered
+// as it was measured, or lost while a fault was on; and the process must not grow.
 //   tarvosoak SECONDS
 #include <malloc.h>
 #include <unistd.h>
@@ -9,14 +8,14 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "soak/cLife.h"
+#include "tests/soak/cSession.h"
 
 namespace {
 
-using cClock = cLife::cClock;
+using cClock = cSession::cClock;
 
 constexpr unsigned SENSORS = 4;
-constexpr long RSS_GROWTH = 8192;  // kB after the warm-up: buffers of the C library
+constexpr long RSS_GROWTH = 8192;  // kB after the warm-up, for buffers of the C library
 
 cTally tally;
 
@@ -44,13 +43,13 @@ bool isFlat(const cSize& before, const cSize& after) {
          after.threads <= before.threads;
 }
 
-/// Lives one after the other on each of the sensors until then; a line a minute.
+/// Runs sessions one after the other on each of the sensors; prints a line a minute.
 void soak(cClock::time_point end) {
   std::vector<std::thread> threads;
   for (unsigned seed = 1; seed <= SENSORS; ++seed) {
     threads.emplace_back([seed, end] {
-      std::mt19937 random(seed);
-      while (cClock::now() < end) cLife(random, tally).live(end);
+      std::mt19937 rng(seed);
+      while (cClock::now() < end) cSession(rng, tally).run(end);
     });
   }
   for (int minute = 1; cClock::now() + std::chrono::minutes(1) < end; ++minute) {
@@ -73,9 +72,9 @@ int main(int argc, char** argv) {
   const cSize before = measure();
   soak(begin + std::chrono::seconds(seconds));
   const cSize after = measure();
-  const bool isSound = isFlat(before, after) && tally.isSound();
+  const bool passed = isFlat(before, after) && tally.passed();
   std::cout << "all: " << tally.describe() << '\n'
-            << (isSound ? "sound: " : "FAILED: ") << before << " after the warm-up; " << after
+            << (passed ? "passed: " : "FAILED: ") << before << " after the warm-up; " << after
             << " at the end" << std::endl;
-  return isSound ? 0 : 1;
+  return passed ? 0 : 1;
 }

@@ -1,4 +1,4 @@
-#include "soak/cTally.h"
+#include "tests/soak/cTally.h"
 
 #include <sstream>
 
@@ -7,14 +7,14 @@ void cTally::addDelivered() {
   ++delivered;
 }
 
-void cTally::addUntrue() {
+void cTally::addWrong() {
   std::lock_guard<std::mutex> lock(mutex);
-  ++untrue;
+  ++wrong;
 }
 
-void cTally::addTold(std::uint64_t count) {
+void cTally::addFlagged(std::uint64_t count) {
   std::lock_guard<std::mutex> lock(mutex);
-  told += count;
+  flagged += count;
 }
 
 void cTally::addLost(const char* fault) {
@@ -22,9 +22,9 @@ void cTally::addLost(const char* fault) {
   ++(fault == nullptr ? unexplained : lost[fault]);
 }
 
-bool cTally::isSound() const {
+bool cTally::passed() const {
   std::lock_guard<std::mutex> lock(mutex);
-  return untrue == 0 && unexplained == 0 && delivered > 0;
+  return wrong == 0 && unexplained == 0 && delivered > 0;
 }
 
 std::string cTally::describe() const {
@@ -37,7 +37,7 @@ std::string cTally::describe() const {
   }
   std::ostringstream text;
   text << sent << " sent, " << delivered << " delivered, " << unexplained
-       << " lost without a fault, " << untrue << " untrue, " << told
-       << " told by their size; lost to" << reasons.str();
+       << " lost without a fault, " << wrong << " wrong, " << flagged
+       << " flagged by their size; lost to" << reasons.str();
   return text.str();
 }
