@@ -1,4 +1,4 @@
-# Within a bare Debian 12: README's commands that only root in a container may run, as README shows
+# Within a bare Debian 12: the documents' commands that only root in a container may run, as they show
 # them. The packages from installation to purge, programs and the shipped examples built against them;
 # then the demo, what it has built installed, a program built against that, and it all removed.
 set -euo pipefail
@@ -8,7 +8,7 @@ packages=(libtarvolink-2.0-0 libtarvolink-2.0-dev tarvolink-tools)
 # shown BEGIN [DOCUMENT]: runs the command shown there that begins so.
 shown() {
   local command
-  command=$(grep -m 1 -oP "^(.*\`)?\K$1[^\`]*" "${2:-README.md}") || return
+  command=$(grep -m 1 -oP "^(.*\`)?\K$1[^\`]*" "${2:-docs/install.md}") || return
   echo "$ $command"
   eval "$command"
 }
@@ -39,7 +39,7 @@ tests/packaging/completion.sh tarvolink /usr/share/bash-completion/completions/t
 cmake -G Ninja -S tests/packaging/host -B /root/find_package -DWAY=find_package >/dev/null
 cmake --build /root/find_package >/dev/null
 /root/find_package/host
-tests/packaging/by_readme.sh "$PWD" /root/by_package
+tests/packaging/by_document.sh "$PWD" /root/by_package
 rm -rf /root/shipped
 mkdir /root/shipped
 ln -s /usr/share/doc/libtarvolink-2.0-dev/examples /root/shipped/examples
@@ -54,10 +54,10 @@ stayed | (! grep .)
 echo "packages: installed, used, purged; nothing stayed"
 
 script/demo
-shown 'export PATH'
+shown 'export PATH' README.md
 tarvolink --version
 shown 'cmake --install' >/dev/null
-PATH=/usr/local/bin:$PATH tests/packaging/by_readme.sh "$PWD" /root/by_installation
+PATH=/usr/local/bin:$PATH tests/packaging/by_document.sh "$PWD" /root/by_installation
 shown 'xargs rm'
 stayed -not -type d | (! grep .)
 echo "packages: what the demo has built was installed, used and removed"
