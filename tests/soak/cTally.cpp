@@ -22,9 +22,14 @@ void cTally::addLost(const char* fault) {
   ++(fault == nullptr ? unexplained : lost[fault]);
 }
 
+void cTally::addStuck() {
+  std::lock_guard<std::mutex> lock(mutex);
+  ++stuck;
+}
+
 bool cTally::passed() const {
   std::lock_guard<std::mutex> lock(mutex);
-  return wrong == 0 && unexplained == 0 && delivered > 0;
+  return wrong == 0 && unexplained == 0 && stuck == 0 && delivered > 0;
 }
 
 std::string cTally::describe() const {
@@ -37,7 +42,7 @@ std::string cTally::describe() const {
   }
   std::ostringstream text;
   text << sent << " sent, " << delivered << " delivered, " << unexplained
-       << " lost without a fault, " << wrong << " wrong, " << flagged
-       << " flagged by their size; lost to" << reasons.str();
+       << " lost without a fault, " << wrong << " wrong, " << flagged << " flagged by their size, "
+       << stuck << " times stuck; lost to" << reasons.str();
   return text.str();
 }

@@ -12,7 +12,9 @@ class cTally {
   void addWrong();                            ///< delivered, but not what was measured
   void addFlagged(std::uint64_t count);       ///< delivered with another number of points
   void addLost(const char* fault = nullptr);  ///< while that fault was on; nullptr: while none was
-  /// Some scans were delivered, each as measured, and none was lost without a fault.
+  void addStuck();                            ///< a scanner that did not come back from a fault
+  /// Some scans were delivered, each as measured, none was lost without a fault, and every scanner
+  /// came back.
   bool passed() const;
   std::string describe() const;
 
@@ -22,5 +24,6 @@ class cTally {
   std::uint64_t wrong = 0;
   std::uint64_t flagged = 0;
   std::uint64_t unexplained = 0;
+  std::uint64_t stuck = 0;
   std::map<std::string, std::uint64_t> lost;
 };

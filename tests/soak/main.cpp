@@ -1,5 +1,6 @@
-// Four simulated sensors at 40 Hz, with faults that come and go. Every scan sent must be delivered
-// as it was measured, or lost while a fault was on; and the process must not grow.
+// Simulated sensors at 40 Hz, with faults that come and go: two with a driver, two of each dialect
+// with a scanner. Every scan sent must be delivered as it was measured, or lost while a fault was
+// on; the scanners must come back; and the process must not grow.
 //   tarvosoak SECONDS
 #include <malloc.h>
 #include <unistd.h>
@@ -8,13 +9,14 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "tests/soak/cSession.h"
+#include "tests/soak/cDriverSession.h"
+#include "tests/soak/cScannerSession.h"
 
 namespace {
 
-using cClock = cSession::cClock;
+using cClock = cDriverSession::cClock;
 
-constexpr unsigned SENSORS = 4;
+constexpr unsigned SENSORS_OF_A_KIND = 2;
 constexpr long RSS_GROWTH = 8192;  // kB after the warm-up, for buffers of the C library
 
 cTally tally;
@@ -46,11 +48,16 @@ bool isFlat(const cSize& before, const cSize& after) {
 /// Runs sessions one after the other on each of the sensors; prints a line a minute.
 void soak(cClock::time_point end) {
   std::vector<std::thread> threads;
-  for (unsigned seed = 1; seed <= SENSORS; ++seed) {
-    threads.emplace_back([seed, end] {
+  const auto add = [&](const std::function<void(std::mt19937&)>& runSession) {
+    threads.emplace_back([runSession, end, seed = static_cast<unsigned>(threads.size() + 1)] {
       std::mt19937 rng(seed);
-      while (cClock::now() < end) cSession(rng, tally).run(end);
+      while (cClock::now() < end) runSession(rng);
     });
+  };
+  for (unsigned i = 0; i < SENSORS_OF_A_KIND; ++i) {
+    add([end](std::mt19937& rng) { cDriverSession(rng, tally).run(end); });
+    for (const eSimDialect dialect : {eSimDialect::SCIP2, eSimDialect::SCIP1})
+      add([=](std::mt19937& rng) { cScannerSession(dialect, rng, tally).run(end); });
   }
   for (int minute = 1; cClock::now() + std::chrono::minutes(1) < end; ++minute) {
     std::this_thread::sleep_for(std::chrono::minutes(1));

@@ -1,4 +1,4 @@
-#include "tests/soak/cSession.h"
+#include "tests/soak/cDriverSession.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -7,8 +7,7 @@ namespace {
 
 constexpr int LAST_STEP = 1080;
 constexpr int MAX_DISTANCE = 60000;
-constexpr std::uint64_t MAX_LOST = 200;  // consecutive scans
-constexpr int FAULTS_PER_SESSION = 10;   // then a new sensor and driver
+constexpr int FAULTS_PER_SESSION = 10;  // then a new sensor and driver
 
 // The faults that sums, lengths and the number of points reveal.
 const std::vector<eSimFault> FAULTS = {
@@ -18,12 +17,6 @@ const std::vector<eSimFault> FAULTS = {
     eSimFault::CR_LF,        eSimFault::STATUS,         eSimFault::OTHER_ECHO,
     eSimFault::OTHER_TAG,    eSimFault::WRONG_COUNT,    eSimFault::UNSOLICITED,
     eSimFault::ENDLESS_BODY, eSimFault::STALL,          eSimFault::BURSTS};
-
-const char* nameOf(eSimFault fault) {
-  for (const cSimFaultInfo& info : simFaultTable())
-    if (info.fault == fault) return info.name;
-  return "none";
-}
 
 cSimSetting longRange() {
   cSimSetting setting;
@@ -37,40 +30,40 @@ std::uint64_t before(std::uint64_t scan, std::uint64_t count) {
 
 }  // namespace
 
-cSession::cSession(std::mt19937& rng, cTally& tally)
-    : rng(rng), tally(tally), sensor(longRange()), driver(openReady(sensor.getPath())) {
+cDriverSession::cDriverSession(std::mt19937& rng, cTally& tally)
+    : rng(rng),
+      tally(tally),
+      sensor(longRange()),
+      driver(openReady(sensor.getPath())),
+      scans(sensor, tally) {
   startRetrying(sensor, *driver, 0, LAST_STEP, 1, 0, MAX_DISTANCE);
 }
 
-cSession::~cSession() {
-  for (const std::uint64_t scan : missing) tally.addLost(findFault(scan));
-  tally.addFlagged(flagged);
-}
+cDriverSession::~cDriverSession() { tally.addFlagged(flagged); }
 
-void cSession::run(cClock::time_point end) {
+void cDriverSession::run(cClock::time_point end) {
   take(500);
   for (int fault = 0; fault < FAULTS_PER_SESSION && cClock::now() < end; ++fault)
     endure(FAULTS[rng() % FAULTS.size()]);
   finish();
-  const std::uint64_t sent = sensor.getCounters().scans;
-  for (; next < sent; ++next) missing.push_back(next);
+  scans.finish();
 }
 
-void cSession::endure(eSimFault fault) {
+void cDriverSession::endure(eSimFault fault) {
   const std::uint64_t first = sensor.getCounters().scans;
   sensor.setFault(fault, cSimSensor::DEFAULT_VALUE, "scan");
   take(static_cast<int>(200 + rng() % 600));
   sensor.clearFault(fault);
   // A lost line end merges a scan with the one before it, and the last affected one with the next.
   // Besides, one more scan was queued before the fault was cleared.
-  windows.push_back({nameOf(fault), before(first, 1), sensor.getCounters().scans + 2});
+  scans.addWindow(fault, before(first, 1), sensor.getCounters().scans + 2);
   take(static_cast<int>(500 + rng() % 1500));
 }
 
-void cSession::finish() {
+void cDriverSession::finish() {
   if (rng() % 2 == 0) {
     // The last few have been sent but not read yet.
-    windows.push_back({"unplugged", before(sensor.getCounters().scans, 8), UINT64_MAX});
+    scans.addWindow(eSimFault::UNPLUGGED, before(sensor.getCounters().scans, 8), UINT64_MAX);
     sensor.unplug();
     take(100);
   } else if (!stopLeftScan(*driver)) {
@@ -79,7 +72,7 @@ void cSession::finish() {
   take(0);
 }
 
-void cSession::take(int milliseconds) {
+void cDriverSession::take(int milliseconds) {
   const auto end = cClock::now() + std::chrono::milliseconds(milliseconds);
   do {
     try {
@@ -91,29 +84,10 @@ void cSession::take(int milliseconds) {
   } while (cClock::now() < end);
 }
 
-void cSession::judge(const std::vector<int>& distances) {
+void cDriverSession::judge(const std::vector<int>& distances) {
   if (distances.size() != LAST_STEP + 1) {
     ++flagged;
-    return;
+  } else if (!scans.judge(distances, 0, LAST_STEP)) {
+    tally.addWrong();
   }
-  // A scan may reach the host a moment before the sensor counts it as sent.
-  const auto isSent = [this](std::uint64_t scan) {
-    return sensor.waitForSentScans(scan + 1, std::chrono::seconds(1));
-  };
-  for (std::uint64_t scan = next; scan <= next + MAX_LOST && isSent(scan); ++scan)
-    if (sensor.getTrueDistances(sensor.getSentScans().at(scan), 0, LAST_STEP, 1) == distances)
-      return deliver(scan);
-  tally.addWrong();
-}
-
-void cSession::deliver(std::uint64_t scan) {
-  for (; next < scan; ++next) missing.push_back(next);
-  ++next;
-  tally.addDelivered();
-}
-
-const char* cSession::findFault(std::uint64_t scan) const {
-  for (const cWindow& window : windows)
-    if (window.first <= scan && scan <= window.last) return window.fault;
-  return nullptr;
 }
