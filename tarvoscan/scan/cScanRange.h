@@ -3,10 +3,6 @@
 #include <cstddef>
 #include <string>
 
-#include "tarvoscan/cProblem.h"
-#include "tarvoscan/cScannerOptions.h"
-#include "tarvoscan/cSensorInfo.h"
-
 namespace tarvo {
 
 /// What a scan covers on one sensor, as its commands have it. A plain value.
@@ -22,17 +18,10 @@ struct cScanRange {
   /// Points of a scan; a partial last cluster counts as one.
   std::size_t getPoints() const;
 
-  /// Bytes of a scan's record, its echo of `echoSize` characters included.
-  std::size_t getRecordSize(std::size_t echoSize) const;
-
   /// The command for one scan after the other ("MD", "MS"), or for one scan ("G"). In SCIP 1.x two
   /// requests that follow each other differ where single steps are asked for, so that a late answer
   /// to the one before is noticed: a cluster of 0 asks for the same as 1.
   std::string getCommand(bool isOdd) const;
 };
-
-/// Completes what `options` ask for by what `sensor` has. False, with `problem`: it cannot do that.
-bool resolveRange(const cScannerOptions& options, const cSensorInfo& sensor, cScanRange& range,
-                  cProblem& problem);
 
 }  // namespace tarvo

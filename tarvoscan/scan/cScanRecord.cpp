@@ -44,6 +44,11 @@ std::size_t cScanRecord::getBodySize(const cScanRange& range) {
   return range.isScip2 ? CLOCK_SIZE + 2 + size + 2 * lines : size + lines;
 }
 
+std::size_t cScanRecord::getSize(const cScanRange& range, std::size_t echoSize) {
+  const std::size_t status = range.isScip2 ? 3 : 1;
+  return echoSize + 1 + status + 1 + getBodySize(range) + 1;
+}
+
 bool cScanRecord::take(const cSCIPRecord& record, const std::string& echo,
                        std::vector<int>& distances, std::optional<std::uint32_t>& clock) {
   if (record.echo != echo || !hasGoodStatus(record.status, range.isScip2) ||

@@ -32,6 +32,9 @@ class cScanRecord {
   /// its end.
   static std::size_t getBodySize(const cScanRange& range);
 
+  /// Bytes of the whole record, its echo of `echoSize` characters included.
+  static std::size_t getSize(const cScanRange& range, std::size_t echoSize);
+
  private:
   bool takeClock(const char*& at, std::optional<std::uint32_t>& clock) const;
   bool takeLine(const char*& at, std::size_t length, char* to) const;

@@ -260,7 +260,7 @@ milliseconds cScanSession::getPeriod() const {
 
 double cScanSession::getLineRate() const {
   constexpr std::size_t ECHO_SIZE = 20;  // command and host string
-  return sensor->lineSpeed / BITS_PER_BYTE / static_cast<double>(range.getRecordSize(ECHO_SIZE));
+  return sensor->lineSpeed / BITS_PER_BYTE / static_cast<double>(cScanRecord::getSize(range, ECHO_SIZE));
 }
 
 /// Says so when fewer scans come than the sensor makes because the line cannot carry them.

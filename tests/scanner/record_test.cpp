@@ -6,12 +6,9 @@
 #include "tarvolink/scip/cSCIPRecordReader.h"
 #include "tarvolink/tarvolink.h"
 #include "tarvoscan/scan/cScanRecord.h"
-#include "tarvoscan/search/cSensorFinder.h"
 #include "tests/support/cScriptedSensor.h"
 
 using namespace tarvo;
-
-bool tarvo::isWideScip1(const cSensorInfo&) { return false; }  // of no use to what is tested here
 
 namespace {
 
