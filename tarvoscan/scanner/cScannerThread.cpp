@@ -6,6 +6,7 @@
 #include <boost/make_shared.hpp>
 
 #include "tarvoscan/port/openPort.h"
+#include "tarvoscan/scan/resolveRange.h"
 #include "tarvoscan/search/cLineDiagnosis.h"
 
 namespace tarvo {

@@ -36,6 +36,8 @@ class cProgram {
   /// Waits until `text` comes in its output, behind what was read or waited for before; throws
   /// when it does not.
   void waitFor(const std::string& text);
+  /// Has read what came until now.
+  void skipOutput() { seen = output.size(); }
   /// Waits until its errors hold `text`; throws when they do not.
   void waitForError(const std::string& text);
   /// Closes the reading end of its output, as `head` does.
