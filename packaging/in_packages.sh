@@ -3,7 +3,7 @@
 # then the demo, what it has built installed, a program built against that, and it all removed.
 set -euo pipefail
 cd /root/tarvolink
-packages=(libtarvolink-2.0-0 libtarvolink-2.0-dev tarvolink-tools)
+packages=(libtarvolink-2.0-0 libtarvoscan-1-0 libtarvolink-2.0-dev tarvolink-tools)
 
 # shown BEGIN [DOCUMENT]: runs the command shown there that begins so.
 shown() {
@@ -31,7 +31,7 @@ mv /root/*.deb build/package
 shown 'apt-get install' >/dev/null
 tarvolink info sim:
 tarvolink scan sim: -n 3
-ls -L /usr/share/man/man1/tarvolink{,-list,-info,-scan,-view,-sim}.1.gz
+ls -L /usr/share/man/man1/tarvolink{,-list,-info,-scan,-view,-sim,-stop,-help}.1.gz
 dpkg -L "${packages[@]}" | sort -u >/root/installed
 
 apt-get install g++ cmake make ninja-build pkgconf >/dev/null

@@ -81,11 +81,10 @@ TEST(ScanRecord, NoFlippedBitPassesInScip2) {
   }
 }
 
-// Catches: a test of SCIP 1.x records that is weaker than it was measured to be
-// (docs/reliability.md).
-TEST(ScanRecord, FewerFlippedBitsThanTwoThirdsPassInScip1) {
-  EXPECT_LT(shareThatPasses(rangeOf(false, 2, 681)), 0.68);
-  EXPECT_LT(shareThatPasses(rangeOf(false, 3, 681)), 0.68);
+// Catches: a test of SCIP 1.x records that is weaker than docs/reliability.md has it.
+TEST(ScanRecord, ThreeOfFiveFlippedBitsPassInScip1) {
+  EXPECT_LT(shareThatPasses(rangeOf(false, 2, 681)), 0.62);
+  EXPECT_LT(shareThatPasses(rangeOf(false, 3, 681)), 0.62);
 }
 
 // Catches: a distance or the clock decoded wrongly, or torn where it runs over a line's end; a
