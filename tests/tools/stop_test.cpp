@@ -1,8 +1,10 @@
-// How an endless scan ends: by its user, by its reader, and by its sensor.
+// How a run ends: by its user, by its reader, and by its options. What its sensor does to it, the
+// documentation's tests have.
 #include <csignal>
 #include <fstream>
 #include <tuple>
 
+#include "tests/support/cPtyPair.h"
 #include "tests/tools/cProgram.h"
 #include "tests/tools/simSettings.h"
 
@@ -77,12 +79,16 @@ TEST(ProgramEnd, comesSoonThoughNobodyReadsItsOutput) {
   EXPECT_EQ(program.wait(), 0) << program.getErrors();
 }
 
-// Would catch a scan that waits for ever for whole ones. One that is unplugged or says nothing any
-// more, the documentation's tests have.
-TEST(ProgramEnd, isStatus4WhereAllScansComeDamaged) {
-  cSimSensor sensor(fastTurning());
-  sensor.setFault(eSimFault::WRONG_SUM, 1, "scan");
-  const cResult result = runProgram({"scan", sensor.getPath(), "-n", "0"});
-  EXPECT_EQ(result.status, 4);
-  EXPECT_TRUE(holds(result.errors, "sends something: all is damaged"));
+// Would catch a robot's shutdown that waits for the minute of a search.
+TEST(ProgramSearch, endsAtOnceByASignalOrWhereNobodyReads) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, 0}) {
+    const cPtyPair line;
+    cProgram program({"scan", line.getPath()});
+    program.waitForError("looking for a sensor");
+    const auto before = cClock::now();
+    if (signal == 0) program.closeOutput();
+    program.signal(signal);
+    EXPECT_EQ(program.wait(), signal == 0 ? -SIGPIPE : -signal);
+    EXPECT_LT(cClock::now() - before, GONE);
+  }
 }
