@@ -100,19 +100,6 @@ TEST_F(Scanning, StopsAProcessThatWaitsForNoScan) {
   EXPECT_DEATH(driver->waitScan(), "px != 0");
 }
 
-// Catches: scans that only a wait converts, and a caller who polls and never sees one.
-TEST_F(Scanning, AreConvertedByEachCallThatAsksForThem) {
-  using tAsk = bool (*)(cSensorDriverSCIP2&);
-  for (const tAsk ask :
-       {tAsk([](cSensorDriverSCIP2& one) { return one.getScanFirst() != nullptr; }),
-        tAsk([](cSensorDriverSCIP2& one) { return one.getScanLast() != nullptr; }),
-        tAsk([](cSensorDriverSCIP2& one) { return one.getScanNum() == 1; })}) {
-    start(9, 1);
-    EXPECT_TRUE(eventually([&] { return ask(*driver); }));
-    EXPECT_EQ(driver->abortScan(), 0);
-  }
-}
-
 // Catches: the other form asked for, angles that are not the range's, a refusal that makes a
 // scan, a last line of one character taken: a sum over one is no line.
 TEST_F(Scanning, TakesAStoredScanWhileTheLaserIsOn) {
@@ -176,42 +163,6 @@ TEST(Start, SendsItsArguments) {
     const cScriptedSensor sensor([](const std::string& command) { return answer(command); });
     std::apply([&](auto... each) { openDriver(sensor.getPath())->startScan(each...); }, given);
     EXPECT_EQ(sensor.waitLines(1), tLines{line});
-  }
-}
-
-// Catches: a record without data, or with a status of trouble, made a scan or ending the scan.
-TEST(Start, MakesNoScanOfAnEmptyRecord) {
-  const cScriptedSensor sensor([](const std::string& line) {
-    if (line[0] != 'M') return answer(line);
-    return answer(line) + answer(line, "50") + answer(line, "99", summed("0001") + "\n") +
-           scanOf(line, "CB1D");
-  });
-  const tDriver2 driver = openDriver(sensor.getPath());
-  ASSERT_EQ(retryIfStarved(*driver, [&] { return driver->startScan(0, 1, 1, 0, 0, 4095); }), 0);
-  EXPECT_FALSE(driver->waitScan(LONG)) << "one came: no body";
-  EXPECT_FALSE(driver->waitScan(LONG)) << "one came: a time without data";
-  EXPECT_TRUE(driver->waitScan(LONG));
-  EXPECT_EQ(distancesOf(driver->getScanFirst()), (std::vector<int>{1234, 84}));
-}
-
-// Catches: readings that nobody measured, where one bit of a record was flipped and its sum, of six
-// bits, sees it: of the time stamp, of a line, of three and of two characters a reading.
-TEST(Record, MakesNoScanWithAFlippedBitThatASumSees) {
-  const cScriptedSensor sensor(keepSilent);
-  const tDriver2 driver = openDriver(sensor.getPath());
-  const boost::shared_ptr<cSCIPRecord> record(new cSCIPRecord);
-  const std::string whole = summed("0000") + "\n" + summed("CB1D0m") + "\n" + summed("1Dh") + "\n";
-  for (const char* echo : {"MD", "MS"}) {
-    record->echo = echo;
-    for (std::size_t bit = 0; bit < 8 * whole.size(); bit += bit % 8 == 5 ? 3u : 1u) {
-      record->body = whole;
-      record->body[bit / 8] = static_cast<char>(whole[bit / 8] ^ (1 << bit % 8));
-      try {
-        EXPECT_FALSE(driver->pushScanRecord(record)) << bit;
-      } catch (const std::out_of_range&) {
-      }
-    }
-    EXPECT_FALSE(driver->getScanFirst());
   }
 }
 
