@@ -49,7 +49,11 @@ class cFaultRig {
  public:
   /// @param opens  whether there is a driver from the beginning, without a detection
   explicit cFaultRig(const cSimSetting& setting, bool opens = true) : sensor(setting) {
-    if (opens) open(setting.link.empty() ? sensor.getPath() : setting.link);
+    if (!opens) return;
+    if (setting.dialect == SCIP2)
+      driver = openReady(sensor.getPath());
+    else
+      driver.reset(new cSensorDriverSCIP1(openLink(sensor.getPath())));
   }
   /// The end: no more descriptors, threads and memory than before there was a driver.
   ~cFaultRig() {
@@ -66,12 +70,6 @@ class cFaultRig {
     return static_cast<long>(countAllocated() - 64 * count.commands - 4 * count.scans);
   }
 
-  void open(const std::string& path) {
-    if (sensor.getSetting().dialect == SCIP2)
-      driver = openReady(path);
-    else
-      driver.reset(new cSensorDriverSCIP1(openLink(path)));
-  }
   iSCIP2IF& face() { return *driver->getSCIP2IF(); }
 
   /// FIRST to LAST, without end if `count` is 0.

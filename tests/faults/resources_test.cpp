@@ -85,35 +85,4 @@ INSTANTIATE_TEST_SUITE_P(Calls, FailingCall,
                                          "malloc"),    // an exception out of a thread, a lock kept
                          [](const auto& call) { return std::string(call.param); });
 
-// Catches: a lock kept, a listener never given back, a scan that only half ends.
-TEST(OutOfMemory, LeavesADriverThatGoesOn) {
-  using tCall = void (*)(iSCIP2IF&);
-  const tCall start = [](iSCIP2IF& face) { face.startScan(FIRST, LAST, 1, 0, 0, FAR); };
-  for (const tCall call : {start, tCall([](iSCIP2IF& face) { face.abortScan(); }),
-                           tCall([](iSCIP2IF& face) { face.getStoredScan(FIRST, LAST, 1, FAR); }),
-                           tCall([](iSCIP2IF& face) { face.fetchVersionStr(); }),
-                           tCall([](iSCIP2IF& face) { face.waitScan(ANSWER); }),
-                           tCall([](iSCIP2IF& face) { face.getScanFirst(); })}) {
-    cFaultRig rig(paced(SCIP2, 200));
-    bool isTouched = true;
-    for (int n = 1; isTouched; ++n) {
-      if (call != start && !rig.face().isScanning()) rig.scan();
-      const std::size_t sent = rig.sensor.getSentScans().size();
-      ASSERT_TRUE(call == start || rig.sensor.waitForSentScans(sent + 2, LONG_TIME));
-      syscalls::failNth("malloc", n);
-      try {
-        call(rig.face());
-      } catch (const std::bad_alloc&) {
-      }
-      isTouched = syscalls::hasFailed();
-      EXPECT_EQ(rig.face().fetchVersionStr(), 0);
-      if (rig.face().isScanning()) rig.expectCorrectScan();
-      if (call == start) rig.face().abortScan();
-    }
-    EXPECT_TRUE(stopLeftScan(rig.face()));
-    rig.face().abortScan();
-    rig.take();
-  }
-}
-
 }  // namespace

@@ -15,20 +15,6 @@ cStart withDevices(const std::string& paths) {
 
 }  // namespace
 
-// Would catch a second reader, which takes bytes away from the first.
-TEST(ProgramPort, isOneProgramsAlone) {
-  const cSimSensor sensor(fastTurning());
-  cProgram first({"scan", sensor.getPath(), "-n", "0"});
-  first.readLine();
-  const std::string user = "in use by tarvolink (process " + std::to_string(first.getPid()) + ").";
-  const cResult second = runProgram({"scan", sensor.getPath()});
-  EXPECT_TRUE(second.status == 1 && holds(second.errors, user));
-  first.signal(SIGINT);
-  EXPECT_EQ(first.wait(), 0);
-  EXPECT_TRUE(holds(first.getErrors(), " 0 dropped"));
-  EXPECT_FALSE(sensor.waitForCommand("VV", {}, 2)) << "the second one has sent something";
-}
-
 // Would catch a mode that an earlier program has left, and that damages data or holds them back.
 TEST(ProgramPort, isPutRightWhateverAnEarlierProgramLeft) {
   const cSimSensor sensor{cSimSetting{}};
