@@ -29,8 +29,7 @@ class Detected : public testing::TestWithParam<cKind> {};
 // sensor that gives no scans.
 TEST_P(Detected, IsOfItsKindAndScans) {
   const cKind& kind = GetParam();
-  cSimSetting setting = quick();
-  setting.dialect = kind.dialect;
+  cSimSetting setting = turning(200, kind.dialect);
   setting.unknownCommands = kind.unknown;
   if (kind.dialect != SCIP2) setting.blankCommands = kind.unknown;
   setting.speed = kind.speed;

@@ -18,7 +18,7 @@ TEST(Scan, IsWhatTheSensorMeasured) {
         cModel{eSimModel::MIDDLE_RANGE, 0, 768, 384, 1024, 4096},
         cModel{eSimModel::LONG_RANGE, 0, 1080, 540, 1440, 4095},
         cModel{eSimModel::LONG_RANGE, 0, 1080, 540, 1440, 60000}}) {
-    const cSimSensor sensor(quick(kind));
+    const cSimSensor sensor(turning(200, eSimDialect::SCIP2, kind));
     const tDriver2 driver = openReady(sensor.getPath());
     for (const int cluster : {0, 1, 3, 99}) {
       const std::size_t sent = startRetrying(sensor, *driver, first, last, cluster, 2, longest);
@@ -52,7 +52,7 @@ class Scanning : public testing::Test {
     return truth(sensor, index, 100, 100 + count - 1);
   }
 
-  cSimSensor sensor{quick()};
+  cSimSensor sensor{turning(200)};
   tDriver2 driver = openReady(sensor.getPath());
 };
 

@@ -32,7 +32,7 @@ class Cable : public testing::TestWithParam<cRow> {};
 
 TEST_P(Cable, MayBePulled) {
   inBothDialects([&row = GetParam()](eSimDialect dialect) {
-    cFaultRig rig(paced(dialect));
+    cFaultRig rig(turning(50, dialect));
     if (row.scans != NONE) rig.scan(row.scans);
     if (row.isInMidLine) waitForHalfARecord(rig.sensor);
     rig.sensor.unplug();

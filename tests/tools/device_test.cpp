@@ -5,7 +5,6 @@
 
 #include "tests/support/cPtyPair.h"
 #include "tests/tools/cProgram.h"
-#include "tests/tools/simSettings.h"
 
 namespace {
 

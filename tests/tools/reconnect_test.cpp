@@ -1,8 +1,8 @@
 #include <csignal>
 
+#include "tests/support/settings.h"
 #include "tests/tools/cProgram.h"
 #include "tests/tools/cTempFolder.h"
-#include "tests/tools/simSettings.h"
 
 // Would catch a run that ends with the cable, counts its scans anew or writes its heading again,
 // and a wait that no signal ends, or that loses the file then.
@@ -11,7 +11,9 @@ TEST(ProgramReconnect, goesOnWhenTheDeviceIsBackUnderItsName) {
   for (const bool isBack : {true, false}) {
     const cTempFolder folder;
     const std::string link = folder / "sensor", file = folder / "scans.csv";
-    cSimSensor sensor(fastTurning(link));
+    cSimSetting setting = turning();
+    setting.link = link;
+    cSimSensor sensor(setting);
     cProgram program({"scan", link, "-n", "0", "--reconnect", "--format", "csv", "-o", file});
     ASSERT_TRUE(sensor.waitForSentScans(5, PATIENCE));
     sensor.unplug();

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "tests/support/settings.h"
 #include "tests/tools/cProgram.h"
 #include "tests/tools/cTempFolder.h"
-#include "tests/tools/simSettings.h"
 
 using nlohmann::json;
 
@@ -16,7 +16,7 @@ using nlohmann::json;
 TEST(ProgramScan, writesInJsonWhatTheSensorSees) {
   for (const auto dialect : {eSimDialect::SCIP2, eSimDialect::SCIP1}) {
     const bool isOld = dialect == eSimDialect::SCIP1;
-    cSimSensor sensor(unpaced(eSimModel::SHORT_RANGE, dialect));
+    cSimSensor sensor(turning(0, dialect));
     if (isOld) sensor.setFault(eSimFault::NO_ANSWER, cSimSensor::DEFAULT_VALUE, "G", 1);
     if (!isOld) sensor.setFault(eSimFault::WRONG_COUNT, 2, "scan", 1);
     const cResult result = runProgram({"scan", sensor.getPath(), "-n", "3", "--json", "--cluster",
@@ -45,7 +45,9 @@ TEST(ProgramScan, writesInJsonWhatTheSensorSees) {
 TEST(ProgramScan, writesARowAPointIntoAFileAndNothingElsewhere) {
   const cTempFolder folder;
   const std::string file = folder / "scans.csv", link = folder / "a,\"b";
-  const cSimSensor sensor(fastTurning(link));
+  cSimSetting setting = turning();
+  setting.link = link;
+  const cSimSensor sensor(setting);
   const cResult result = runProgram({"scan", link, "-n", "2", "--first", "360", "--last", "390",
                                      "--format", "csv", "--xy", "--origin", "-o", file});
   ASSERT_EQ(result.status, 0) << result.errors;
