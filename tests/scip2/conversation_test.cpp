@@ -58,23 +58,6 @@ TEST(Listener, WaitsItsWholeTimeForARecord) {
   EXPECT_GE(measure([&] { EXPECT_FALSE(listener.waitRecord(60)); }), 60);
 }
 
-// The signal is binary, and a reuse of the listener clears it.
-// Catches: a waiter that sleeps on beside its record.
-TEST(Listener, WakesAWaiterForEachRecordThoughItIsReusedMeanwhile) {
-  for (int round = 0; round < 20; ++round) {
-    cSCIP2RecordListener listener;
-    listener.resetResponse("MD", 1, -1);
-    boost::thread_group waiters;
-    for (int i = 0; i < 2; ++i)
-      waiters.create_thread([&] { EXPECT_TRUE(listener.waitRecord(LONG)); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));  // for the fault to show
-    listener.push(makeRecord("MD;1"));
-    listener.push(makeRecord("MD;1"));
-    if (round % 2 == 0) listener.resetResponse("PP", 2, 1);
-    ASSERT_LT(measure([&] { waiters.join_all(); }), LONG);
-  }
-}
-
 // Catches: the link's last SCIP 1.x exchange forgotten by a read that brings nothing.
 TEST(Comm, LeavesCommandAndTimeInTheLinkUntilAnEchoComes) {
   cSession session(keepSilent);
@@ -210,17 +193,6 @@ TEST(Stop, ReleasesAllCallers) {
     EXPECT_EQ(unstarted.sendRequest("VV", 1), nullptr);
     early.join();
   }
-}
-
-// Catches: an exception that ends the host, or leaves requests waiting behind it.
-TEST(Stop, FollowsAnExceptionInTheThread) {
-  cSession session(keepSilent);
-  session.link->stream->exceptions(std::ios::badbit);
-  session.sensor.unplug();
-  const cOutput output = outputOf([&] {
-    for (int i = 0; i < 2; ++i) EXPECT_EQ(session.comm.sendRequest("VV", 1), nullptr);
-  });
-  EXPECT_EQ(output.err, "basic_portbuf::write: Input/output error\n");
 }
 
 }  // namespace
