@@ -2,10 +2,27 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <future>
 
 #include "tests/scip1/cHeldRig.h"
 #include "tests/support/cPtyPair.h"
 #include "tests/support/waiting.h"
+
+/// Runs `action` in another thread, and comes back when that waits for something, or has ended.
+static std::future<void> runUntilAsleep(const std::function<void()>& action) {
+  std::atomic<pid_t> thread{0};
+  std::future<void> end = std::async(std::launch::async, [&thread, action] {
+    thread = gettid();
+    action();
+  });
+  EXPECT_TRUE(eventually([&] {
+    std::string state;
+    std::getline(std::ifstream("/proc/self/task/" + std::to_string(thread) + "/stat"), state);
+    return state.find(") S ") != std::string::npos ||
+           end.wait_for(LONG_TIME * 0) != std::future_status::timeout;
+  }));
+  return end;
+}
 
 // Catches: N scans instead of N + 1; a count that runs ahead of the scans or behind them, that
 // starts over after a stop, or that a failed scan shortens or ends.
@@ -157,6 +174,23 @@ TEST(Scip1Schedule, EndTakesOneExchangeAtMost) {
     EXPECT_LT(measure([&rig] { rig.driver.reset(); }), 10000);
     EXPECT_FALSE(rig.port->isInterrupted());
   }
+}
+
+// Catches: callers who wait for more than the exchange under way while the worker scans back to
+// back, or who are not served in the order in which they came.
+TEST_F(Scip1, CallersComeNextInOrder) {
+  const tLines expected = {"G00000101", "V", "L1", "X", "L0"};
+  rig.allowAnswers(0);
+  rig.startTwoPoints(0);
+  ASSERT_TRUE(rig.hears("G", 1));
+  std::vector<std::future<void>> callers;
+  for (std::size_t i = 1; i < expected.size(); ++i)
+    callers.push_back(runUntilAsleep([&, i] { EXPECT_EQ(rig.driver->doRaw(expected[i]), 0); }));
+  rig.allowAnswers(-1);
+  callers.clear();  // which waits for them
+  tLines begun = rig.sensor.getCommands();
+  begun.resize(expected.size());
+  EXPECT_EQ(begun, expected);
 }
 
 // Catches: a dead line that fills standard error while a counted scan retries; one that is not
