@@ -1,7 +1,9 @@
 #include <fmt/core.h>
 
+#include <chrono>
 #include <map>
 #include <stdexcept>
+#include <thread>
 
 #include "bench/cOtherLine.h"
 #include "bench/cScannerReader.h"
@@ -11,7 +13,8 @@
 
 namespace {
 
-constexpr double BITS_A_BYTE = 10;  // on a serial line: start, eight, stop
+constexpr double LONGEST_TURN = 0.1;  // seconds; of the short range sensor
+constexpr double BITS_A_BYTE = 10;    // on a serial line: start, eight, stop
 
 // --- the first scan --------------------------------------------------------------------
 
@@ -43,14 +46,15 @@ std::size_t recordSize(const tarvo::cLaserScan& scan) {
   return isScip2 ? 18 + 4 + 6 + data + 2 * lines + 1 : 10 + 2 + data + lines + 1;
 }
 
-/// Seconds from the scanner's making to its first scan, without the line's time for that.
-double timeFirstScan(const cKind& kind, int speed, int round) {
+/// Seconds from the scanner's making to its first scan, without the line's time for that. The
+/// sensor is in its turn as far as `share` (0 to 1) then: it began with one.
+double timeFirstScan(const cKind& kind, int speed, double share) {
   cSimSetting setting;
   setting.dialect = kind.dialect;
   setting.model = kind.model;
   setting.speed = speed;
-  setting.seed += static_cast<std::uint32_t>(round);
   const cSimHost host(setting, 1);
+  std::this_thread::sleep_for(std::chrono::duration<double>(LONGEST_TURN * share));
   const double begin = now();
   tarvo::cScanner scanner(host.getPaths().front());
   tarvo::cSubscription scans = scanner.subscribe(1);
@@ -64,7 +68,7 @@ void measureFirstScan(const cPlan& plan, cReport& report) {
     for (const cGoal& goal : FIRST_SCAN_GOALS) {
       for (const cKind& kind : KINDS) {
         times[fmt::format("{}_{}", goal.speed, kind.name)].push_back(
-            timeFirstScan(kind, goal.speed, round));
+            timeFirstScan(kind, goal.speed, (round + 0.5) / plan.rounds));
       }
     }
   }

@@ -28,7 +28,7 @@ void sleepFor(double seconds) {
   std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
 }
 
-/// In the midst of the search: a quarter of its longest.
+/// In the midst of the search, which takes some 4 s without a sensor and 0.6 s at 57600 bits/s.
 void letSearch(cScanner&, double share) { sleepFor(share); }
 
 void letScan(cScanner& scanner, double share) {
