@@ -64,11 +64,11 @@ double timeFirstScan(const cKind& kind, int speed, double share) {
 
 void measureFirstScan(const cPlan& plan, cReport& report) {
   std::map<std::string, std::vector<double>> times;
-  for (int round = 0; round < plan.rounds; ++round) {
+  for (int round = 0; round < plan.startRounds; ++round) {
     for (const cGoal& goal : FIRST_SCAN_GOALS) {
       for (const cKind& kind : KINDS) {
         times[fmt::format("{}_{}", goal.speed, kind.name)].push_back(
-            timeFirstScan(kind, goal.speed, (round + 0.5) / plan.rounds));
+            timeFirstScan(kind, goal.speed, (round + 0.5) / plan.startRounds));
       }
     }
   }
@@ -96,7 +96,7 @@ double timeVerdict(bool isBabbling) {
 
 void measureVerdict(const cPlan& plan, cReport& report) {
   std::vector<double> silent, babbling;
-  for (int round = 0; round < plan.rounds; ++round) {
+  for (int round = 0; round < plan.startRounds; ++round) {
     silent.push_back(timeVerdict(false));
     babbling.push_back(timeVerdict(true));
   }

@@ -37,7 +37,7 @@ struct cOptions {
 void declare(CLI::App& app, cOptions& options) {
   std::vector<std::string> names;
   for (const cSuite& suite : SUITES) names.emplace_back(suite.name);
-  app.add_flag("--quick", options.isQuick, "A rough run that takes three minutes");
+  app.add_flag("--quick", options.isQuick, "A rough run that takes four minutes");
   app.add_option("-o,--output", options.output, "Write the figures to this file, as JSON")
       ->capture_default_str();
   app.add_option("--only", options.only, "Measure only these groups")->check(CLI::IsMember(names));

@@ -103,9 +103,9 @@ const cCase CASES[] = {
 void measureStopping(const cPlan& plan, cReport& report) {
   double worst = 0;
   std::map<std::string, double> worstByState;
-  for (int round = 0; round < plan.rounds; ++round) {
+  for (int round = 0; round < plan.startRounds; ++round) {
     for (const cCase& each : CASES) {
-      const double seconds = each.time((round + 0.5) / plan.rounds);
+      const double seconds = each.time((round + 0.5) / plan.startRounds);
       worst = std::max(worst, seconds);
       worstByState[each.name] = std::max(worstByState[each.name], seconds);
     }
