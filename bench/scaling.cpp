@@ -81,7 +81,7 @@ void reportEndurance(const cEndurance& library, const cEndurance& scanner, const
   report.addRow(KEY, scanner.sensorsPerCore / library.sensorsPerCore, eGoal::AT_LEAST, 5);
   // What its sensor sent while a scanner stopped is nobody's: the scan that was waiting for its
   // thread and the one under way.
-  const auto left = static_cast<std::uint64_t>(2 * plan.enduranceSensors);
+  const std::uint64_t left = 2 * static_cast<std::uint64_t>(plan.enduranceSensors);
   const bool isComplete = scanner.usage.missing == 0 && scanner.skipped == 0 &&
                           scanner.sent - scanner.usage.delivered <= left;
   if (!isComplete) report.markShort(KEY, scanner.describe());
