@@ -14,19 +14,17 @@ constexpr std::int64_t QUARTER_OF_AN_HOUR = 900;  // seconds: no zone changes it
 /// reading, so it is asked once a quarter of an hour, and when the host has set another zone
 /// (tzset).
 long zoneOffset(time_t now) {
-  struct cKnown {
-    std::int64_t quarter = -1;
-    long zone = 0;
-    long offset = 0;
-  };
-  // This model spares three calls of the loader a record.
-  [[gnu::tls_model("initial-exec")]] thread_local cKnown known;
-  if (known.quarter != now / QUARTER_OF_AN_HOUR || known.zone != ::timezone) {
+  thread_local std::int64_t quarter = -1;
+  thread_local long zone = 0;
+  thread_local long offset = 0;
+  if (quarter != now / QUARTER_OF_AN_HOUR || zone != ::timezone) {
     tm parts{};
     localtime_r(&now, &parts);
-    known = {now / QUARTER_OF_AN_HOUR, ::timezone, parts.tm_gmtoff};
+    quarter = now / QUARTER_OF_AN_HOUR;
+    zone = ::timezone;
+    offset = parts.tm_gmtoff;
   }
-  return known.offset;
+  return offset;
 }
 
 boost::posix_time::ptime localTime() {
