@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bench/cTty.h"
@@ -11,6 +12,9 @@ class cBlockReader : public iReader {
  public:
   explicit cBlockReader(const std::string& path);
   void take() override;
+
+  /// What the latest take() has decoded; the next one makes a new array.
+  std::vector<int> releaseDistances() { return std::move(distances); }
 
  private:
   std::size_t awaitRecord();

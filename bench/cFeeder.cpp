@@ -1,9 +1,6 @@
 #include "bench/cFeeder.h"
 
-#include <fcntl.h>
-#include <stdlib.h>
 #include <sys/mman.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -19,24 +16,6 @@ namespace {
 
 [[noreturn]] void fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
-}
-
-cDescriptor openMaster() {
-  cDescriptor master(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
-  if (master.get() < 0 || grantpt(master.get()) != 0 || unlockpt(master.get()) != 0) {
-    fail("no pseudo-terminal available");
-  }
-  return master;
-}
-
-/// Raw and without echo from the start: an echo would send the sensor its own answers.
-cDescriptor openSlave(const std::string& path) {
-  cDescriptor slave(open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
-  termios modes{};
-  if (tcgetattr(slave.get(), &modes) != 0) fail("the pseudo-terminal cannot be opened");
-  cfmakeraw(&modes);
-  if (tcsetattr(slave.get(), TCSANOW, &modes) != 0) fail("the pseudo-terminal cannot be made raw");
-  return slave;
 }
 
 void writeAll(int fd, const std::string& bytes) {
@@ -93,12 +72,8 @@ cFeeder::cSharedTimes* cFeeder::mapSharedTimes() {
 
 cFeeder::cFeeder(double period)
     : times(mapSharedTimes()),
-      master(openMaster()),
-      path(ptsname(master.get())),
-      slave(openSlave(path)),
       child(std::make_unique<cChild>([this, period](int) { feed(period); })) {
-  master.close();  // the child has its own copies
-  slave.close();
+  pty.close();
 }
 
 double cFeeder::getEnd(std::size_t index) const { return times->ends[index]; }
@@ -108,7 +83,7 @@ void cFeeder::feed(double period) {
   double due = now();
   for (std::size_t index = 0;; ++index) {
     if (period > 0) sleepUntil(due += period);
-    writeAll(master.get(), record);
+    writeAll(pty.master.get(), record);
     if (index < MAX_RECORDS) times->ends[index] = now();
   }
 }
@@ -116,8 +91,8 @@ void cFeeder::feed(double period) {
 /// Answers commands until a scan is requested; returns that command.
 std::string cFeeder::serveUntilScan() {
   for (;;) {
-    std::string command = readLine(master.get());
-    if (!command.empty()) writeAll(master.get(), answerTo(command));
+    std::string command = readLine(pty.master.get());
+    if (!command.empty()) writeAll(pty.master.get(), answerTo(command));
     if (command.compare(0, 2, "MD") == 0) return command;
   }
 }

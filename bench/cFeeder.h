@@ -6,7 +6,7 @@
 #include <string>
 
 #include "bench/cChild.h"
-#include "bench/cDescriptor.h"
+#include "bench/cPty.h"
 
 /// The simplest sensor that a driver accepts: a process that answers every command, and after the
 /// first MD writes the same scan record again and again, each with one write(2). It reads nothing
@@ -20,7 +20,7 @@ class cFeeder {
   explicit cFeeder(double period);
 
   /// The pty to open.
-  const std::string& getPath() const { return path; }
+  const std::string& getPath() const { return pty.path; }
 
   /// When the write of record `index` (0 is the first after the acknowledgement) returned, on the
   /// clock of now(). Only for records already written, and below MAX_RECORDS.
@@ -40,8 +40,6 @@ class cFeeder {
   std::string serveUntilScan();
 
   std::unique_ptr<cSharedTimes, cUnmap> times;
-  cDescriptor master;  // open in the child only, like slave
-  std::string path;
-  cDescriptor slave;  // keeps the line up while no reader has it open
+  cPty pty;  // open in the child only
   std::unique_ptr<cChild> child;
 };

@@ -1,10 +1,7 @@
 #pragma once
 
 #include <array>
-#include <condition_variable>
-#include <exception>
 #include <future>
-#include <mutex>
 #include <string>
 #include <thread>
 
@@ -46,25 +43,4 @@ class cThreadedFloorReader : public cFloorReader {
  private:
   std::promise<void> ending;
   std::thread sleeper;
-};
-
-/// The same in a thread of its own, which wakes the caller for each record: the least cost of a
-/// driver that receives while its caller does other things.
-class cWorkerFloorReader : public iReader {
- public:
-  explicit cWorkerFloorReader(const std::string& path);
-  ~cWorkerFloorReader() override;
-  void take() override;
-
- private:
-  void work();
-  bool publish();
-
-  cFloorLoop loop;
-  std::mutex mutex;
-  std::condition_variable changed;
-  int arrived = 0;             // records not taken yet; under `mutex`, like the next two
-  bool isEnding = false;       // the worker checks it after each record
-  std::exception_ptr failure;  // what ended the worker otherwise
-  std::thread worker;
 };

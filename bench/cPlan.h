@@ -12,6 +12,7 @@ struct cPlan {
   int enduranceSensors = 25;  ///< none of whose scans may be lost
   double enduranceSeconds = 60;
   double decodingSeconds = 0.5;  ///< per round
+  int startRounds = 5;           ///< of a scanner's starts and stops
 
   /// Enough to see that everything works; the figures are rough.
   static cPlan quick() {
@@ -24,6 +25,7 @@ struct cPlan {
     plan.scalingSeconds = 2;
     plan.enduranceSeconds = 5;
     plan.decodingSeconds = 0.1;
+    plan.startRounds = 1;
     return plan;
   }
 };

@@ -46,10 +46,10 @@ void cReport::addReaderFigure(const std::string& reader, const std::string& quan
 void cReport::note(const std::string& key, ordered_json value) { notes[key] = std::move(value); }
 
 void cReport::print() const {
-  fmt::print("{:<34} {:>9} {:>9}\n", "", "figure", "goal");
+  fmt::print("{:<40} {:>9} {:>9}\n", "", "figure", "goal");
   for (const cRow& row : rows) {
     const char* const verdict = row.goal.empty() ? "" : row.isShort ? "short" : "ok";
-    fmt::print("{:<34} {:>9.3f} {:>9}  {}  {}\n", row.key, row.figure, row.goal, verdict,
+    fmt::print("{:<40} {:>9.3f} {:>9}  {}  {}\n", row.key, row.figure, row.goal, verdict,
                row.reason);
   }
   printReaders();
@@ -58,11 +58,11 @@ void cReport::print() const {
 void cReport::printReaders() const {
   if (readers.empty()) return;
   fmt::print("\n{:<28}", "");
-  for (const auto& reader : readers.items()) fmt::print(" {:>11}", reader.key());
+  for (const auto& reader : readers.items()) fmt::print(" {:>15}", reader.key());
   for (const auto& quantity : readers.front().items()) {
     fmt::print("\n{:<28}", quantity.key());
     for (const auto& reader : readers) {
-      fmt::print(" {:>11.1f}", reader.value(quantity.key(), 0.0));
+      fmt::print(" {:>15.1f}", reader.value(quantity.key(), 0.0));
     }
   }
   fmt::print("\n");

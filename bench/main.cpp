@@ -18,8 +18,9 @@ struct cSuite {
   void (*measure)(const cPlan&, cReport&);
 };
 const cSuite SUITES[] = {
-    {"flood", measureFlood},       {"paced", measurePaced},     {"calls", measureSystemCalls},
-    {"decoding", measureDecoding}, {"scaling", measureScaling}, {"starting", measureStarting},
+    {"flood", measureFlood},       {"paced", measurePaced},       {"calls", measureSystemCalls},
+    {"decoding", measureDecoding}, {"scaling", measureScaling},   {"starting", measureStarting},
+    {"finding", measureFinding},   {"stopping", measureStopping},
 };
 
 struct cOptions {
@@ -28,6 +29,7 @@ struct cOptions {
   std::vector<std::string> only;
   std::string tracedReader;
   bool isTracedIdle = false;
+  bool isTracedStopped = false;
   std::string tracedPath;
   double tracedAmount = 0;
 };
@@ -35,13 +37,14 @@ struct cOptions {
 void declare(CLI::App& app, cOptions& options) {
   std::vector<std::string> names;
   for (const cSuite& suite : SUITES) names.emplace_back(suite.name);
-  app.add_flag("--quick", options.isQuick, "A rough run that takes two minutes");
+  app.add_flag("--quick", options.isQuick, "A rough run that takes four minutes");
   app.add_option("-o,--output", options.output, "Write the figures to this file, as JSON")
       ->capture_default_str();
   app.add_option("--only", options.only, "Measure only these groups")->check(CLI::IsMember(names));
   // Hidden: for the runs under strace.
   app.add_option("--traced-reader", options.tracedReader)->group("");
   app.add_flag("--traced-idle", options.isTracedIdle)->group("");
+  app.add_flag("--traced-stopped", options.isTracedStopped)->group("");
   app.add_option("--traced-path", options.tracedPath)->group("");
   app.add_option("--traced-amount", options.tracedAmount)->group("");
 }
@@ -92,11 +95,15 @@ int measure(const cOptions& options) {
     runTracedIdle(options.tracedPath, options.tracedAmount);
     return 0;
   }
+  if (options.isTracedStopped) {
+    runTracedStopped(options.tracedPath, options.tracedAmount);
+    return 0;
+  }
   return bench(options) == 0 ? 0 : 1;
 }
 
 int run(int argc, char** argv) {
-  CLI::App app("Measures libtarvolink against bare loops, on simulated sensors.");
+  CLI::App app("Measures the libraries against bare loops, on simulated sensors.");
   cOptions options;
   declare(app, options);
   CLI11_PARSE(app, argc, argv);

@@ -4,7 +4,9 @@
 #include "bench/cBlockReader.h"
 #include "bench/cDriverReader.h"
 #include "bench/cFloorReaders.h"
+#include "bench/cScannerReader.h"
 #include "bench/iReader.h"
+#include "bench/tWorkerReader.h"
 
 namespace {
 
@@ -15,6 +17,25 @@ cReaderKind kind(const char* name, tArguments... arguments) {
           }};
 }
 
+/// The floor makes nothing of a record.
+struct cNothing {};
+
+std::unique_ptr<iReader> makeFloorWorker(const std::string& path) {
+  const auto loop = std::make_shared<cFloorLoop>(path);
+  return std::make_unique<tWorkerReader<cNothing>>([loop] {
+    loop->awaitRecord();
+    return cNothing();
+  });
+}
+
+std::unique_ptr<iReader> makeBlockWorker(const std::string& path) {
+  const auto reader = std::make_shared<cBlockReader>(path);
+  return std::make_unique<tWorkerReader<std::vector<int>>>([reader] {
+    reader->take();
+    return reader->releaseDistances();
+  });
+}
+
 }  // namespace
 
 const std::vector<cReaderKind>& readerKinds() {
@@ -22,10 +43,12 @@ const std::vector<cReaderKind>& readerKinds() {
       kind<cDriverReader>("library"),
       kind<cFloorReader>("f12"),
       kind<cThreadedFloorReader>("f12_threads"),
-      kind<cWorkerFloorReader>("f12_worker"),
+      {"f12_worker", makeFloorWorker},
       kind<cAsioSomeReader>("asio12"),
       kind<cAsioUntilReader>("asio_until"),
       kind<cBlockReader>("read4096"),
+      {"read4096_worker", makeBlockWorker},
+      kind<cScannerReader>("scanner"),
   };
   return kinds;
 }

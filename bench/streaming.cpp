@@ -75,12 +75,26 @@ cSeriesByReader alternate(int rounds, tMeasure take) {
 }
 
 /// The median of the rounds' ratios.
-double ratio(const std::vector<double>& library, const std::vector<double>& other) {
+double ratio(const std::vector<double>& ours, const std::vector<double>& other) {
   std::vector<double> ratios;
-  for (std::size_t round = 0; round < library.size(); ++round) {
-    ratios.push_back(library[round] / other[round]);
+  for (std::size_t round = 0; round < ours.size(); ++round) {
+    ratios.push_back(ours[round] / other[round]);
   }
   return median(ratios);
+}
+
+void compareScanner(cSeriesByReader& all, cReport& report) {
+  const cSeries& scanner = all["scanner"];
+  const cSeries& floor = all["read4096_worker"];
+  report.addRow("scanner_cpu_per_scan_vs_read4096_worker", ratio(scanner.cpu, floor.cpu),
+                eGoal::AT_MOST, 1.2);
+  report.addRow("scanner_latency_p50_vs_read4096_worker", ratio(scanner.p50, floor.p50),
+                eGoal::AT_MOST, 1.2);
+  report.addRow("scanner_latency_p99_vs_read4096_worker", ratio(scanner.p99, floor.p99),
+                eGoal::AT_MOST, 2.0);
+  report.addRow("scanner_cpu_per_scan_vs_library", ratio(scanner.cpu, all["library"].cpu),
+                eGoal::AT_MOST, 0.2);
+  report.addRow("scanner_allocations_per_scan", median(scanner.allocations), eGoal::AT_MOST, 4);
 }
 
 }  // namespace
@@ -99,6 +113,7 @@ void measurePaced(const cPlan& plan, cReport& report) {
   report.addRow("latency_p99_vs_f12", ratio(library.p99, floor.p99), eGoal::AT_MOST, 2.0);
   report.addRow("latency_p50_vs_f12_worker", ratio(library.p50, all["f12_worker"].p50));
   report.addRow("allocations_per_scan", median(library.allocations));
+  compareScanner(all, report);
   for (const cReaderKind& kind : readerKinds()) {
     const cSeries& series = all[kind.name];
     report.addReaderFigure(kind.name, "cpu_us_per_scan", median(series.cpu));

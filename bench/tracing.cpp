@@ -7,6 +7,7 @@
 
 #include "bench/cDriverReader.h"
 #include "bench/cFeeder.h"
+#include "bench/cScannerReader.h"
 #include "bench/cSimHost.h"
 #include "bench/cTracedRun.h"
 #include "bench/iReader.h"
@@ -26,12 +27,12 @@ double countCalls(const cReaderKind& kind, int scans) {
   return static_cast<double>(run.countAll()) / scans;
 }
 
-double countIdleCalls(double seconds) {
+double countIdleCalls(const std::string& what, double seconds) {
   cSimSetting setting;
   setting.model = eSimModel::LONG_RANGE;
   const cSimHost host(setting, 1);
-  const cTracedRun run({"--traced-idle", "--traced-path", host.getPaths().front(),
-                        "--traced-amount", fmt::format("{}", seconds)});
+  const cTracedRun run({what, "--traced-path", host.getPaths().front(), "--traced-amount",
+                        fmt::format("{}", seconds)});
   // Without the sleep of the measurement itself.
   return static_cast<double>(run.countAll() - 1) / seconds;
 }
@@ -55,6 +56,16 @@ void runTracedIdle(const std::string& path, double seconds) {
   cTracedRun::markEnd();
 }
 
+void runTracedStopped(const std::string& path, double seconds) {
+  tarvo::cScanner scanner(path);
+  tarvo::cSubscription scans = scanner.subscribe(1);
+  takeScan(scans, scanner);
+  scanner.stop();
+  cTracedRun::markBegin();
+  std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
+  cTracedRun::markEnd();
+}
+
 void measureSystemCalls(const cPlan& plan, cReport& report) {
   const std::size_t bytes = makeScanRecord(std::string(SCAN_COMMAND) + ";1").size();
   const std::size_t reads = (bytes + 11) / 12;
@@ -66,5 +77,8 @@ void measureSystemCalls(const cPlan& plan, cReport& report) {
     if (kind.name != "library") continue;
     report.addRow("syscalls_per_record_over_bound", calls / bound, eGoal::AT_MOST, 1.0);
   }
-  report.addRow("idle_syscalls_per_s", countIdleCalls(plan.idleSeconds), eGoal::AT_MOST, 0);
+  report.addRow("idle_syscalls_per_s", countIdleCalls("--traced-idle", plan.idleSeconds),
+                eGoal::AT_MOST, 0);
+  report.addRow("scanner_stopped_syscalls_per_s",
+                countIdleCalls("--traced-stopped", plan.idleSeconds), eGoal::AT_MOST, 0);
 }

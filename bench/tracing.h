@@ -11,3 +11,6 @@ void runTracedReader(const std::string& reader, const std::string& path, int sca
 /// Leaves a driver idle for `seconds`, with all its commands answered. The sleep itself is one call
 /// of clock_nanosleep.
 void runTracedIdle(const std::string& path, double seconds);
+
+/// The same with a scanner that has scanned and is stopped.
+void runTracedStopped(const std::string& path, double seconds);

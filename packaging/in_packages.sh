@@ -23,6 +23,7 @@ apt-get update
 # Of an earlier run in this container: Boost would hide a dependency that the packages leave out, the
 # folders that rm leaves would pass for the packages'.
 apt-get purge --autoremove '^libboost' >/dev/null
+find /usr/local -iname '*tarvo*' -not -type d -delete  # one that failed removed nothing
 find /usr/local/include /usr/local/lib -mindepth 1 -type d -empty -delete
 
 rm -rf build/package
@@ -45,7 +46,7 @@ mkdir /root/shipped
 ln -s /usr/share/doc/libtarvolink-2.0-dev/examples /root/shipped/examples
 (cd /root/shipped && shown 'cmake -S examples' /root/tarvolink/docs/guide/index.md)
 
-stayed() { find / -xdev -path /root -prune -o -path /var/cache -prune -o "$@" -iname '*tarvolink*' -print; }
+stayed() { find / -xdev -path /root -prune -o -path /var/cache -prune -o "$@" -iname '*tarvo*' -print; }
 shown 'apt-get purge' >/dev/null
 while read -r path; do
   if [ ! -d "$path" ] && [ -e "$path" ]; then echo "stayed: $path"; fi

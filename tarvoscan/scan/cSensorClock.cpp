@@ -26,7 +26,9 @@ std::int64_t cSensorClock::add(std::uint32_t clock, std::int64_t arrival) {
   isStarted = true;
   lastClock = clock;
   lastArrival = arrival;
-  note(arrival, arrival - elapsed * NANOSECONDS_PER_MILLISECOND);
+  const std::int64_t difference = arrival - elapsed * NANOSECONDS_PER_MILLISECOND;
+  note(arrival, difference);
+  compare(arrival, difference);
   return std::max<std::int64_t>(passed, 0);
 }
 
@@ -51,26 +53,19 @@ void cSensorClock::note(std::int64_t arrival, std::int64_t difference) {
   entry.most = std::max(entry.most, difference);
 }
 
-std::int64_t cSensorClock::getOffset() const {
-  const std::int64_t now = lastArrival / NANOSECONDS_PER_SECOND;
-  std::int64_t least = lastArrival - elapsed * NANOSECONDS_PER_MILLISECOND;
+/// Looks through the seconds that are recent at `arrival`.
+void cSensorClock::compare(std::int64_t arrival, std::int64_t difference) {
+  const std::int64_t now = arrival / NANOSECONDS_PER_SECOND;
+  std::int64_t most = difference;
+  offset = difference;
   for (const cSecond& entry : window) {
     const bool isRecent =
         entry.second >= 0 && now - entry.second < static_cast<std::int64_t>(SECONDS);
-    if (isRecent) least = std::min(least, entry.least);
+    if (!isRecent) continue;
+    offset = std::min(offset, entry.least);
+    most = std::max(most, entry.most);
   }
-  return least;
-}
-
-std::int64_t cSensorClock::getJitter() const {
-  const std::int64_t now = lastArrival / NANOSECONDS_PER_SECOND;
-  std::int64_t most = getOffset();
-  for (const cSecond& entry : window) {
-    const bool isRecent =
-        entry.second >= 0 && now - entry.second < static_cast<std::int64_t>(SECONDS);
-    if (isRecent) most = std::max(most, entry.most);
-  }
-  return most - getOffset();
+  jitter = most - offset;
 }
 
 }  // namespace tarvo

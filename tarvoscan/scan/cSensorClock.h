@@ -23,10 +23,10 @@ class cSensorClock {
   std::int64_t getStamp() const { return elapsed * NANOSECONDS_PER_MILLISECOND + getOffset(); }
 
   /// From the sensor's clock to the host's, nanoseconds; 0 before the first reading.
-  std::int64_t getOffset() const;
+  std::int64_t getOffset() const { return offset; }
 
   /// Between the least and the most delay of the last ten seconds, nanoseconds.
-  std::int64_t getJitter() const;
+  std::int64_t getJitter() const { return jitter; }
 
   static constexpr std::int64_t NANOSECONDS_PER_MILLISECOND = 1000000;
 
@@ -42,12 +42,16 @@ class cSensorClock {
 
   std::int64_t countPassed(std::uint32_t clock, std::int64_t arrival) const;
   void note(std::int64_t arrival, std::int64_t difference);
+  void compare(std::int64_t arrival, std::int64_t difference);
 
   bool isStarted = false;
   std::uint32_t lastClock = 0;
   std::int64_t lastArrival = 0;
   std::int64_t elapsed = 0;  // the sensor's clock without its wraps, milliseconds
   std::array<cSecond, SECONDS> window;
+  // Of the window; kept, since they are asked for several times a scan.
+  std::int64_t offset = 0;
+  std::int64_t jitter = 0;
 };
 
 }  // namespace tarvo

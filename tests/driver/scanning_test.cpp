@@ -18,7 +18,7 @@ TEST(Scan, IsWhatTheSensorMeasured) {
         cModel{eSimModel::MIDDLE_RANGE, 0, 768, 384, 1024, 4096},
         cModel{eSimModel::LONG_RANGE, 0, 1080, 540, 1440, 4095},
         cModel{eSimModel::LONG_RANGE, 0, 1080, 540, 1440, 60000}}) {
-    const cSimSensor sensor(quick(kind));
+    const cSimSensor sensor(turning(200, eSimDialect::SCIP2, kind));
     const tDriver2 driver = openReady(sensor.getPath());
     for (const int cluster : {0, 1, 3, 99}) {
       const std::size_t sent = startRetrying(sensor, *driver, first, last, cluster, 2, longest);
@@ -52,7 +52,7 @@ class Scanning : public testing::Test {
     return truth(sensor, index, 100, 100 + count - 1);
   }
 
-  cSimSensor sensor{quick()};
+  cSimSensor sensor{turning(200)};
   tDriver2 driver = openReady(sensor.getPath());
 };
 
@@ -98,19 +98,6 @@ TEST_F(Scanning, StopsAProcessThatWaitsForNoScan) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_DEATH(driver->waitScan(1), "px != 0");
   EXPECT_DEATH(driver->waitScan(), "px != 0");
-}
-
-// Catches: scans that only a wait converts, and a caller who polls and never sees one.
-TEST_F(Scanning, AreConvertedByEachCallThatAsksForThem) {
-  using tAsk = bool (*)(cSensorDriverSCIP2&);
-  for (const tAsk ask :
-       {tAsk([](cSensorDriverSCIP2& one) { return one.getScanFirst() != nullptr; }),
-        tAsk([](cSensorDriverSCIP2& one) { return one.getScanLast() != nullptr; }),
-        tAsk([](cSensorDriverSCIP2& one) { return one.getScanNum() == 1; })}) {
-    start(9, 1);
-    EXPECT_TRUE(eventually([&] { return ask(*driver); }));
-    EXPECT_EQ(driver->abortScan(), 0);
-  }
 }
 
 // Catches: the other form asked for, angles that are not the range's, a refusal that makes a
@@ -176,42 +163,6 @@ TEST(Start, SendsItsArguments) {
     const cScriptedSensor sensor([](const std::string& command) { return answer(command); });
     std::apply([&](auto... each) { openDriver(sensor.getPath())->startScan(each...); }, given);
     EXPECT_EQ(sensor.waitLines(1), tLines{line});
-  }
-}
-
-// Catches: a record without data, or with a status of trouble, made a scan or ending the scan.
-TEST(Start, MakesNoScanOfAnEmptyRecord) {
-  const cScriptedSensor sensor([](const std::string& line) {
-    if (line[0] != 'M') return answer(line);
-    return answer(line) + answer(line, "50") + answer(line, "99", summed("0001") + "\n") +
-           scanOf(line, "CB1D");
-  });
-  const tDriver2 driver = openDriver(sensor.getPath());
-  ASSERT_EQ(retryIfStarved(*driver, [&] { return driver->startScan(0, 1, 1, 0, 0, 4095); }), 0);
-  EXPECT_FALSE(driver->waitScan(LONG)) << "one came: no body";
-  EXPECT_FALSE(driver->waitScan(LONG)) << "one came: a time without data";
-  EXPECT_TRUE(driver->waitScan(LONG));
-  EXPECT_EQ(distancesOf(driver->getScanFirst()), (std::vector<int>{1234, 84}));
-}
-
-// Catches: readings that nobody measured, where one bit of a record was flipped and its sum, of six
-// bits, sees it: of the time stamp, of a line, of three and of two characters a reading.
-TEST(Record, MakesNoScanWithAFlippedBitThatASumSees) {
-  const cScriptedSensor sensor(keepSilent);
-  const tDriver2 driver = openDriver(sensor.getPath());
-  const boost::shared_ptr<cSCIPRecord> record(new cSCIPRecord);
-  const std::string whole = summed("0000") + "\n" + summed("CB1D0m") + "\n" + summed("1Dh") + "\n";
-  for (const char* echo : {"MD", "MS"}) {
-    record->echo = echo;
-    for (std::size_t bit = 0; bit < 8 * whole.size(); bit += bit % 8 == 5 ? 3u : 1u) {
-      record->body = whole;
-      record->body[bit / 8] = static_cast<char>(whole[bit / 8] ^ (1 << bit % 8));
-      try {
-        EXPECT_FALSE(driver->pushScanRecord(record)) << bit;
-      } catch (const std::out_of_range&) {
-      }
-    }
-    EXPECT_FALSE(driver->getScanFirst());
   }
 }
 

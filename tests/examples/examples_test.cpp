@@ -3,16 +3,16 @@
 #include <csignal>
 
 #include "tests/support/cCaseName.h"
+#include "tests/support/settings.h"
 #include "tests/tools/cProgram.h"
-#include "tests/tools/simSettings.h"
 
 namespace {
 
 cStart startOf(const std::string& example) { return {EXAMPLES_PATH "/" + example}; }
 
-const cSimSetting SHORT_RANGE = unpaced(eSimModel::SHORT_RANGE);
-const cSimSetting LONG_RANGE = unpaced(eSimModel::LONG_RANGE);
-const cSimSetting OLD = unpaced(eSimModel::SHORT_RANGE, eSimDialect::SCIP1);
+const cSimSetting SHORT_RANGE = turning(0);
+const cSimSetting LONG_RANGE = turning(0, eSimDialect::SCIP2, eSimModel::LONG_RANGE);
+const cSimSetting OLD = turning(0, eSimDialect::SCIP1);
 
 struct cRow {
   const char* name;

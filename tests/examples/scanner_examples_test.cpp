@@ -3,9 +3,9 @@
 
 #include <csignal>
 
+#include "tests/support/settings.h"
 #include "tests/support/waiting.h"
 #include "tests/tools/cProgram.h"
-#include "tests/tools/simSettings.h"
 
 namespace {
 
@@ -24,12 +24,13 @@ bool comesToRest(const cSimSensor& sensor) {
 // Catches: the first host that everybody copies ending by a pulled cable, silent about it, printing
 // no scan once it is back, or leaving the laser on.
 TEST(ScannerExample, PrintsThroughAPulledCableUntilCtrlC) {
-  cSimSensor sensor(
-      fastTurning(testing::TempDir() + "scanner-example-" + std::to_string(getpid())));
-  cProgram program({sensor.getSetting().link}, startOf("ctrl_c"));
+  cSimSetting setting = turning();
+  setting.link = testing::TempDir() + "scanner-example-" + std::to_string(getpid());
+  cSimSensor sensor(setting);
+  cProgram program({setting.link}, startOf("ctrl_c"));
   program.waitFor(": 682 points, the first ");
   sensor.unplug();
-  program.waitForError(sensor.getSetting().link);
+  program.waitForError(setting.link);
   program.skipOutput();
   sensor.plug();
   program.waitFor(": 682 points, the first ");
@@ -41,7 +42,7 @@ TEST(ScannerExample, PrintsThroughAPulledCableUntilCtrlC) {
 // Catches: a host that does not end by the key that it is said to end by, or leaves the laser on.
 TEST(ScannerExample, EndsByEnter) {
   for (const char* example : {"callback", "poll_loop"}) {
-    const cSimSensor sensor(fastTurning());
+    const cSimSensor sensor(turning());
     cProgram program({sensor.getPath()}, startOf(example, true));
     program.waitFor(" m");
     program.type("\n");
@@ -52,8 +53,8 @@ TEST(ScannerExample, EndsByEnter) {
 
 // Catches: scans of one sensor alone; commands that fail on a sensor that is well.
 TEST(ScannerExample, DoesWhatItShows) {
-  const cSimSensor one(fastTurning());
-  const cSimSensor other(unpaced(eSimModel::SHORT_RANGE, eSimDialect::SCIP1));
+  const cSimSensor one(turning());
+  const cSimSensor other(turning(50, eSimDialect::SCIP1));
   const cResult both = runProgram({one.getPath(), other.getPath()}, startOf("several_sensors"));
   EXPECT_EQ(both.status, 0) << both.errors;
   EXPECT_TRUE(holds(both.output, one.getPath() + ", "));

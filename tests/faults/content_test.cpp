@@ -83,7 +83,7 @@ class Content : public testing::TestWithParam<cRow> {};
 
 TEST_P(Content, IsHandledWhenDamaged) {
   inBothDialects([&row = GetParam()](eSimDialect dialect) {
-    cFaultRig rig(paced(dialect));
+    cFaultRig rig(turning(50, dialect));
     (dialect == SCIP1 ? damageScip1 : damage)(row, rig);
     expectSoon([&] { return rig.face().fetchVersionStr(); });
     const eUndetected most = dialect == SCIP1 ? row.wrong1 : row.wrong;

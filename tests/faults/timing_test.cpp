@@ -7,7 +7,7 @@ namespace {
 // Catches: a call with another's time-out, or that waits once more for each thing it sends.
 TEST(MuteSensor, CostsEachCallItsTimeOut) {
   inBothDialects([](eSimDialect dialect) {
-    cFaultRig rig(paced(dialect));
+    cFaultRig rig(turning(50, dialect));
     iSCIP2IF& face = rig.face();
     rig.scan();
     rig.sensor.setFault(eSimFault::STALL);
@@ -30,7 +30,7 @@ TEST(MuteSensor, CostsEachCallItsTimeOut) {
 TEST(WallClockThatIsSet, IsHandled) {
   inBothDialects([](eSimDialect dialect) {
     constexpr int INTERVAL = 2;  // a scan each 200 ms: after three turns, or two tenths of a second
-    cFaultRig rig(paced(dialect, 15));
+    cFaultRig rig(turning(15, dialect));
     rig.scan(0, FAR, INTERVAL);
     for (const long step : {3600L, -7200L, 3600L}) {
       syscalls::stepWallClock(step);

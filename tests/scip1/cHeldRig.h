@@ -6,9 +6,8 @@
 #include <memory>
 #include <mutex>
 
-#include "tests/support/driving.h"
+#include "tests/support/cScriptedSensor.h"
 
-using tLines = std::vector<std::string>;
 using tNumbers = std::vector<int>;
 
 /// A record of SCIP 1.x; `body` is lines with their ends.
@@ -29,9 +28,8 @@ inline int numberOf(const tScan& scan) {
 class cHeldRig {
  public:
   /// @param speed bits/s of a real line; 0: bytes take no time
-  explicit cHeldRig(int speed = 0) : sensor(makeSetting(speed)) {
-    sensor.setFault(eSimFault::NO_ANSWER);
-  }
+  explicit cHeldRig(int speed = 0)
+      : sensor([this](const std::string& command) { return answer(command); }, speed) {}
   /// Releases an answer held back, for which the driver may be waiting.
   ~cHeldRig() { allowAnswers(-1); }
 
@@ -67,21 +65,14 @@ class cHeldRig {
   }
 
  private:
-  cSimSetting makeSetting(int speed) {
-    cSimSetting setting;
-    setting.speed = speed;
-    setting.onCommand = [this](const std::string& command) { answer(command); };
-    return setting;
-  }
-
-  void answer(const std::string& command) {
+  std::string answer(const std::string& command) {
     std::unique_lock<std::mutex> lock(mutex);
     changed.wait(lock, [this] { return answersLeft != 0; });
     if (answersLeft > 0) --answersLeft;
     for (const auto& [prefix, bytes] : scripts) {
-      if (!bytes.empty() && command.rfind(prefix, 0) == 0) return sensor.inject(bytes);
+      if (!bytes.empty() && command.rfind(prefix, 0) == 0) return bytes;
     }
-    sensor.inject(record(command, "0", command[0] == 'G' ? getScan() : ""));
+    return record(command, "0", command[0] == 'G' ? getScan() : "");
   }
 
   std::string getScan() {
@@ -97,7 +88,7 @@ class cHeldRig {
   int scans = 0;
 
  public:
-  cSimSensor sensor;
+  cScriptedSensor sensor;
   tPort port = openPort(sensor.getPath(), 10000);
   tLink link{new cTarvoLink(port)};
   std::unique_ptr<cSensorDriverSCIP1> driver{new cSensorDriverSCIP1(link)};

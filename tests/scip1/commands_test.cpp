@@ -65,8 +65,7 @@ TEST(Scip1Commands, HostSpeedFollowsARefusalOnly) {
 // Catches: a late answer, 0.8 s long on a slow line, that is taken for the next command's, and so
 // on for ever: a scan that is restarted would begin with the one from before.
 TEST(Scip1Recovery, LateScanCostsNoOtherExchange) {
-  cSimSetting setting = quick();
-  setting.dialect = eSimDialect::SCIP1;
+  cSimSetting setting = turning(200, eSimDialect::SCIP1);
   setting.speed = 19200;
   cSimSensor sensor(setting);
   sensor.setFault(eSimFault::LATE, 150, "G", 1);

@@ -125,25 +125,6 @@ TEST_F(Scip1, AbortStartsNothingAgain) {
   EXPECT_EQ(rig.sensor.getCommands().size(), 2u);
 }
 
-// Catches: a start that another one overtook while it printed, and that disturbs its scan.
-TEST_F(Scip1, OvertakenStartIsRefused) {
-  rig.allowAnswers(0);
-  const auto overtake = [](void* held, const char*, std::size_t size) {
-    cHeldRig& same = *static_cast<cHeldRig*>(held);
-    EXPECT_TRUE(same.scip2.getStoredScan(0, 1, 1, 0) == -1 || same.hears("G", 1));
-    return static_cast<ssize_t>(size);
-  };
-  FILE* const before = stderr;
-  stderr = fopencookie(&rig, "w", {nullptr, overtake, nullptr, nullptr});
-  setvbuf(stderr, nullptr, _IONBF, 0);
-  EXPECT_EQ(rig.startTwoPoints(2), 0);
-  fclose(stderr);
-  stderr = before;
-  rig.allowAnswers(-1);
-  EXPECT_TRUE(rig.isOverAfter(2));
-  EXPECT_EQ(rig.takeAll(), (tNumbers{0, 1}));
-}
-
 // Catches: a scan of a stopped start that counts for, ends, or lends its range to the next one; a
 // new start that waits for the old one's period.
 TEST(Scip1Counting, OldPassLeavesTheNewStartAlone) {
@@ -163,15 +144,6 @@ TEST(Scip1Counting, OldPassLeavesTheNewStartAlone) {
     EXPECT_TRUE(rig.scip2.isScanning());
     EXPECT_EQ(rig.scip2.scansToGo(), isGood ? 0 : -1);
     EXPECT_EQ(rig.scip2.getScanNum(), isGood ? 2 : 1);
-  }
-}
-
-// Catches: a period of a whole number of milliseconds that only the rounded product reaches.
-TEST(Scip1Schedule, PeriodIsTheExactProductTruncated) {
-  using tRow = std::pair<int, std::int64_t>;
-  for (const auto& [tenths, milliseconds] :
-       {tRow{0, 0}, tRow{3, 300}, tRow{43, 4299}, tRow{81, 8099}, tRow{INT_MAX, 214748364700}}) {
-    EXPECT_EQ(cSCIP12Adapter::toMilliseconds(tenths * 0.1), milliseconds) << tenths;
   }
 }
 
@@ -202,39 +174,6 @@ TEST(Scip1Schedule, EndTakesOneExchangeAtMost) {
     EXPECT_LT(measure([&rig] { rig.driver.reset(); }), 10000);
     EXPECT_FALSE(rig.port->isInterrupted());
   }
-}
-
-// Catches: two workers on one line, of which one is lost with its thread.
-TEST_F(Scip1, FirstFaceIsMadeOnce) {
-  struct cAskedDriver : cSensorDriverSCIP1 {
-    using cSensorDriverSCIP1::cSensorDriverSCIP1;
-    int getMinSpot() const override { return onMaking(), 44; }
-    std::function<void()> onMaking;
-  } driver(rig.link);
-  std::atomic<int> made{0};
-  std::future<void> other;
-  driver.onMaking = [&] {
-    if (++made == 1) other = runUntilAsleep([&driver] { driver.getSCIP2IF(); });
-  };
-  driver.getSCIP2IF();
-  other.wait();
-  EXPECT_EQ(made, 1);
-}
-
-// Catches: a request of another number that is served; the laser left on, or a scan left running,
-// by the requests that only a derived class makes.
-TEST_F(Scip1, WorkerServesEachRequestByItsCode) {
-  struct cOpenAdapter : cSCIP12Adapter {
-    using cSCIP12Adapter::cSCIP12Adapter;
-    using cSCIP12Adapter::queue;
-  } adapter(rig.driver.get());
-  rig.script("G", record("G04472401", "0", std::string(1362, '0') + "\n"));
-  for (const int code : {3, 6, 2, 1, 0}) adapter.queue.post({code, 0});
-  adapter.run();
-  ASSERT_TRUE(rig.hears("L0", 1));
-  EXPECT_FALSE(adapter.isScanning());
-  EXPECT_EQ(rig.sensor.getCommands(), (tLines{"G04472401", "G04472401", "L1", "L0"}));
-  adapter.finalize();
 }
 
 // Catches: callers who wait for more than the exchange under way while the worker scans back to

@@ -12,18 +12,12 @@
 
 constexpr std::chrono::milliseconds LONG_TIME(10000);
 
-/// A sensor, and the host's end of its cable: termios, read and write alone. A wait ends when what
+/// A sensor, and the host's end of its cable: read and write alone. A wait ends when what
 /// it waits for has arrived, or after LONG_TIME.
 class cRawHost {
  public:
   explicit cRawHost(const cSimSetting& setting = {}) : sensor(setting) {}
 
-  void setSpeed(speed_t speed) {
-    termios modes;
-    tcgetattr(tty.get(), &modes);
-    cfsetspeed(&modes, speed);
-    tcsetattr(tty.get(), TCSANOW, &modes);
-  }
   void write(const std::string& bytes) {
     EXPECT_EQ(::write(tty.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
   }

@@ -29,7 +29,8 @@ class cScriptedSensor : public cSimSensor {
  public:
   using tRule = std::function<std::string(const std::string& line)>;
 
-  explicit cScriptedSensor(const tRule& rule) : cSimSensor(makeSetting(rule)) {
+  explicit cScriptedSensor(const tRule& rule, int speed = 0)
+      : cSimSensor(makeSetting(rule, speed)) {
     setFault(eSimFault::NO_ANSWER);
   }
 
@@ -40,8 +41,9 @@ class cScriptedSensor : public cSimSensor {
   }
 
  private:
-  cSimSetting makeSetting(const tRule& rule) {
+  cSimSetting makeSetting(const tRule& rule, int speed) {
     cSimSetting setting;
+    setting.speed = speed;
     setting.dialect = eSimDialect::SCIP1;  // in which it never sends anything by itself
     setting.onCommand = [this, rule](const std::string& line) { inject(rule(line)); };
     return setting;

@@ -14,8 +14,8 @@
 #include <thread>
 #include <vector>
 
-#include "sim/tarvosim.h"
 #include "tarvolink/tarvolink.h"
+#include "tests/support/settings.h"
 #include "tests/support/waiting.h"
 
 using tPort = boost::shared_ptr<kavTBX::basic_portbuf<char>>;
@@ -36,14 +36,6 @@ inline cOutput outputOf(const std::function<void()>& action) {
   testing::internal::CaptureStderr();
   action();
   return {testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
-}
-
-/// A sensor that turns much faster than real ones, but not faster than a sanitizer's host takes.
-inline cSimSetting quick(eSimModel model = eSimModel::SHORT_RANGE) {
-  cSimSetting setting;
-  setting.model = model;
-  setting.rate = 200;
-  return setting;
 }
 
 /// A port whose reads wait for `timeout` milliseconds.

@@ -83,21 +83,21 @@ std::string cProgram::readLine() {
 
 void cProgram::waitFor(const std::string& text) {
   const auto hasCome = [&] { return output.find(text, seen) != std::string::npos; };
-  pump(hasCome, DEADLINE, "\"" + text + "\" did not come");
+  pump(hasCome, "\"" + text + "\" did not come");
   seen = output.find(text, seen) + text.size();
 }
 
 void cProgram::waitForError(const std::string& text) {
   const auto isSaid = [&] { return errors.find(text) != std::string::npos; };
-  pump(isSaid, DEADLINE, "\"" + text + "\" was not said");
+  pump(isSaid, "\"" + text + "\" was not said");
 }
 
 void cProgram::closeOutput() { close(std::exchange(outputFd, -1)); }
 
 void cProgram::signal(int number) const { kill(pid, number); }
 
-int cProgram::wait(cTimeOut timeOut) {
-  pump([&] { return outputFd < 0 && errorFd < 0; }, timeOut, "it does not end");
+int cProgram::wait() {
+  pump([&] { return outputFd < 0 && errorFd < 0; }, "it does not end");
   int status = 0;
   waitpid(pid, &status, 0);
   pid = -1;
@@ -113,10 +113,9 @@ termios cProgram::getModes() {
   return modes;
 }
 
-void cProgram::pump(const std::function<bool()>& isDone, cTimeOut timeOut,
-                    const std::string& complaint) {
+void cProgram::pump(const std::function<bool()>& isDone, const std::string& complaint) {
   using cClock = std::chrono::steady_clock;
-  const auto deadline = cClock::now() + timeOut;
+  const auto deadline = cClock::now() + DEADLINE;
   while (!isDone()) {
     const auto left =
         std::chrono::duration_cast<std::chrono::milliseconds>(deadline - cClock::now()).count();

@@ -22,8 +22,7 @@ struct cStart {
 /// A program as a process of its own.
 class cProgram {
  public:
-  using cTimeOut = std::chrono::seconds;
-  static constexpr cTimeOut DEADLINE{60};
+  static constexpr std::chrono::seconds DEADLINE{60};
 
   /// Starts it with `arguments`.
   explicit cProgram(const std::vector<std::string>& arguments, const cStart& start = {});
@@ -46,7 +45,7 @@ class cProgram {
   pid_t getPid() const { return pid; }
   /// Waits for its end. Its exit status, or minus the signal that killed it; throws when it goes
   /// on.
-  int wait(cTimeOut timeOut = DEADLINE);
+  int wait();
 
   const std::string& getOutput() const { return output; }  ///< so far; all of a terminal's text
   const std::string& getErrors() const { return errors; }
@@ -56,7 +55,7 @@ class cProgram {
   termios getModes();  ///< as it has them, or had them when it last said something
 
  private:
-  void pump(const std::function<bool()>& isDone, cTimeOut timeOut, const std::string& complaint);
+  void pump(const std::function<bool()>& isDone, const std::string& complaint);
 
   pid_t pid = -1;
   int outputFd = -1;  // -1 once it is at its end, or closed

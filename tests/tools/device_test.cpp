@@ -1,16 +1,10 @@
 // Ports and who has them. What is said of one that may not be opened, the documentation's tests
 // compare.
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <csignal>
-#include <list>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/cPtyPair.h"
 #include "tests/tools/cProgram.h"
-#include "tests/tools/simSettings.h"
 
 namespace {
 
@@ -19,33 +13,6 @@ cStart withDevices(const std::string& paths) {
 }
 
 }  // namespace
-
-// Would catch a second reader, which takes bytes away from the first, a port that nobody gets of
-// those who ask for it at once, and a program reported as its user that has not got it either.
-TEST(ProgramPort, isOnesWhereSeveralStartAtOnce) {
-  const cSimSensor sensor(fastTurning());
-  std::list<cProgram> programs;
-  while (programs.size() < 4)
-    programs.emplace_back(std::vector<std::string>{"scan", sensor.getPath(), "-n", "0"});
-  cProgram* first = nullptr;
-  for (cProgram& each : programs) {
-    each.waitForError("tarvolink: ");
-    if (each.getErrors().find("looking for") != std::string::npos) first = &each;
-  }
-  ASSERT_NE(first, nullptr);
-  const std::string user = "in use by tarvolink (process " + std::to_string(first->getPid()) + ").";
-  for (cProgram& each : programs) {
-    EXPECT_TRUE(&each == first || (each.wait() == 1 && holds(each.getErrors(), user)));
-  }
-  for (int line = 0; line < 4; ++line) first->readLine();
-  const int fd = open(sensor.getPath().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-  EXPECT_NE(flock(fd, LOCK_EX | LOCK_NB), 0) << "no lock tells those who cannot see its process";
-  close(fd);
-  first->signal(SIGINT);
-  EXPECT_EQ(first->wait(), 0);
-  EXPECT_TRUE(holds(first->getErrors(), " 0 dropped"));
-  EXPECT_FALSE(sensor.waitForCommand("VV", {}, 2)) << "another one has sent something";
-}
 
 // Would catch a mode that an earlier program has left, and that damages data or holds them back.
 TEST(ProgramPort, isPutRightWhateverAnEarlierProgramLeft) {

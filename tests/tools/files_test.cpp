@@ -8,9 +8,9 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/support/cPtyPair.h"
+#include "tests/support/settings.h"
 #include "tests/tools/cProgram.h"
 #include "tests/tools/cTempFolder.h"
-#include "tests/tools/simSettings.h"
 
 namespace fs = std::filesystem;
 using nlohmann::json;
@@ -70,7 +70,7 @@ TEST(ProgramFiles, leaveTheOlderOnesWhereARunFailsAndKeepWhatItTook) {
     const std::string data = folder / "scans", plot = folder / "plot";
     std::ofstream(data) << "older";
     std::ofstream(plot) << "older";
-    cSimSensor sensor(fastTurning());
+    cSimSensor sensor(turning());
     cProgram program({"scan", sensor.getPath(), "-n", count, "-o", data, "--plot", plot});
     ASSERT_TRUE(sensor.waitForSentScans(5, std::chrono::seconds(60)));
     status < 0 ? program.signal(-status) : sensor.unplug();

@@ -3,16 +3,13 @@
 #include "sim/tarvosim.h"
 #include "tests/tools/cProgram.h"
 
-// Would catch a line speed told that is not the one found (this sensor is found by a later
-// detection), and figures missing where the first identity and parameter answers are lost.
+// Would catch a line speed told that is not the sensor's, and a figure in another's place.
 TEST(ProgramInfo, tellsInJsonWhatTheSensorTells) {
   cSimSetting setting;
   setting.model = eSimModel::LONG_RANGE;
   setting.speed = 57600;
-  cSimSensor sensor(setting);
-  sensor.setFault(eSimFault::NO_ANSWER, cSimSensor::DEFAULT_VALUE, "VV", 1);
-  sensor.setFault(eSimFault::WRONG_SUM, 1, "PP", 1);
-  const cResult result = runProgram({"info", sensor.getPath(), "--json"});
+  const cSimSensor sensor(setting);
+  const cResult result = runProgram({"info", sensor.getPath(), "--json", "--speed", "57600"});
   ASSERT_EQ(result.status, 0) << result.errors;
   const nlohmann::json object = nlohmann::json::parse(result.output);
   const nlohmann::json expected = {
@@ -20,4 +17,11 @@ TEST(ProgramInfo, tellsInJsonWhatTheSensorTells) {
       {"front_step", 540},          {"min_distance_mm", 23}, {"max_distance_mm", 60000},
       {"steps_per_turn", 1440},     {"speed_rpm", 2400},     {"line_speed_bps", 57600}};
   for (const auto& [key, value] : expected.items()) EXPECT_EQ(object[key], value) << key;
+}
+
+// Would catch a sensor left in the dialect that can do less, or reported as speaking another one.
+TEST(ProgramInfo, tellsTheDialectAndSwitchesItWhereItCan) {
+  EXPECT_TRUE(holds(runProgram({"info", "sim:,scip1"}).output, "  SCIP 1.x\n"));
+  EXPECT_TRUE(holds(runProgram({"info", "sim:short,scip1-switch"}).output,
+                    "  SCIP 2.0, switched from SCIP 1.x\n"));
 }

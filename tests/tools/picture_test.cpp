@@ -1,6 +1,6 @@
 // The pictures without a terminal: the parts that draw them, from readings to text.
+#include <algorithm>
 #include <cmath>
-#include <set>
 
 #include "tests/tools/cProgram.h"
 #include "tools/viewFrame.h"
@@ -31,22 +31,11 @@ tLines glyphsOf(const std::string& line) {
   return glyphs;
 }
 
-using tCells = std::set<std::pair<int, int>>;  // from the sensor: columns right, rows up
-
-/// The cells in which readings show: those that differ from the same picture without them.
-tCells cellsOf(const tPoints& points) {
-  const tLines with = frameOf(points), without = frameOf({});
-  tCells cells;
-  for (std::size_t row = 0; row < ROWS; ++row) {
-    tLines glyphs = glyphsOf(with[row]), before = glyphsOf(without[row]);
-    glyphs.resize(COLUMNS, " ");
-    before.resize(COLUMNS, " ");
-    for (std::size_t i = 0; i < COLUMNS; ++i) {
-      if (glyphs[i] == before[i]) continue;
-      cells.insert({static_cast<int>(i) - COLUMNS / 2, ROWS / 2 - static_cast<int>(row)});
-    }
-  }
-  return cells;
+/// The cell so many columns right of the sensor and rows above it.
+std::string cellOf(const tPoints& points, int right, int up) {
+  tLines glyphs = glyphsOf(frameOf(points).at(static_cast<std::size_t>(ROWS / 2 - up)));
+  glyphs.resize(COLUMNS, " ");
+  return glyphs.at(static_cast<std::size_t>(COLUMNS / 2 + right));
 }
 
 }  // namespace
@@ -54,10 +43,12 @@ tCells cellsOf(const tPoints& points) {
 // Would catch a picture mirrored, turned, or stretched (a cell is twice as high as wide), and
 // readings beyond its edge drawn as if they were on it.
 TEST(Picture, hasItsReadingsInTheirPlaces) {
-  EXPECT_EQ(cellsOf({{800, 0}}), (tCells{{0, 4}}));
-  EXPECT_EQ(cellsOf({{800, M_PI / 2}}), (tCells{{-8, 0}}));
-  EXPECT_EQ(cellsOf({{1600, -M_PI / 2}}), (tCells{{16, 0}}));
-  EXPECT_EQ(cellsOf({{2500, 0}, {60000, 1}, {1e9, 1}}), tCells());
+  for (const auto& [distance, angle, right, up] :
+       {std::tuple(800, 0.0, 0, 4), {800, M_PI / 2, -8, 0}, {1600, -M_PI / 2, 16, 0}}) {
+    EXPECT_NE(cellOf({{1.0 * distance, angle}}, right, up), cellOf({}, right, up)) << angle;
+  }
+  const tLines empty = frameOf({}), distant = frameOf({{2500, 0}, {60000, 1}, {1e9, 1}});
+  EXPECT_TRUE(std::equal(empty.begin(), empty.begin() + ROWS, distant.begin()));
   EXPECT_TRUE(holds(frameOf({{2500, 0}, {60000, 1}, {1900, 0}}).back(), "2 points farther off"));
 }
 

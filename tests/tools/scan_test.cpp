@@ -4,33 +4,39 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "tests/support/settings.h"
 #include "tests/tools/cProgram.h"
 #include "tests/tools/cTempFolder.h"
-#include "tests/tools/simSettings.h"
 
 using nlohmann::json;
 
 // Would catch distances that are another scan's or another step's, angles of another cluster, scans
-// that do not say where they come from, and one of another range: its points are at wrong angles.
+// that do not say where they come from, and one of another range: its points are at wrong angles;
+// with SCIP 1.x a scan more than asked for, or a run that ends at an answer that does not come.
 TEST(ProgramScan, writesInJsonWhatTheSensorSees) {
-  cSimSensor sensor(unpaced(eSimModel::LONG_RANGE));
-  sensor.setFault(eSimFault::WRONG_COUNT, 2, "scan", 2);
-  const cResult result = runProgram(
-      {"scan", sensor.getPath(), "-n", "3", "--json", "--cluster", "4", "--max-distance", "4095"});
-  ASSERT_EQ(result.status, 0) << result.errors;
-  EXPECT_TRUE(holds(result.errors, "2 dropped"));
-  const auto lines = linesOf(result.output);
-  const auto sent = sensor.getSentScans();
-  ASSERT_EQ(lines.size(), 3u);
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    const json scan = json::parse(lines[i]);
-    EXPECT_EQ(scan["scan"], i + 1);
-    EXPECT_EQ(scan["device"], sensor.getPath());
-    EXPECT_EQ(scan["product"], "Simulated long range scanner");
-    EXPECT_EQ(scan["serial"], "S0000001");
-    EXPECT_NEAR(scan["first_angle"], -540 * 2 * M_PI / 1440, 1e-9);
-    EXPECT_NEAR(scan["angle_step"], 8 * M_PI / 1440, 1e-9);
-    EXPECT_EQ(scan["distances"], json(sensor.getTrueDistances(sent.at(i + 2), 0, 1080, 4, 4095)));
+  for (const auto dialect : {eSimDialect::SCIP2, eSimDialect::SCIP1}) {
+    const bool isOld = dialect == eSimDialect::SCIP1;
+    cSimSensor sensor(turning(0, dialect));
+    if (isOld) sensor.setFault(eSimFault::NO_ANSWER, cSimSensor::DEFAULT_VALUE, "G", 1);
+    if (!isOld) sensor.setFault(eSimFault::WRONG_COUNT, 2, "scan", 1);
+    const cResult result = runProgram({"scan", sensor.getPath(), "-n", "3", "--json", "--cluster",
+                                       "4", "--max-distance", "4095"});
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_TRUE(holds(result.errors, " 1 dropped"));
+    const auto lines = linesOf(result.output);
+    const auto sent = sensor.getSentScans();
+    ASSERT_EQ(lines.size(), 3u);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+      const json scan = json::parse(lines[i]);
+      EXPECT_EQ(scan["scan"], i + 1);
+      EXPECT_EQ(scan["device"], sensor.getPath());
+      EXPECT_TRUE(holds(scan["serial"], "S0000001"));
+      EXPECT_NEAR(scan["first_angle"], -340 * 2 * M_PI / 1024, 1e-9);
+      EXPECT_NEAR(scan["angle_step"], 8 * M_PI / 1024, 1e-9);
+      const auto seen =
+          sensor.getTrueDistances(sent.at(i + !isOld), 44, isOld ? 724 : 725, 4, 4095);
+      EXPECT_EQ(scan["distances"], json(seen));
+    }
   }
 }
 
@@ -39,7 +45,9 @@ TEST(ProgramScan, writesInJsonWhatTheSensorSees) {
 TEST(ProgramScan, writesARowAPointIntoAFileAndNothingElsewhere) {
   const cTempFolder folder;
   const std::string file = folder / "scans.csv", link = folder / "a,\"b";
-  const cSimSensor sensor(fastTurning(link));
+  cSimSetting setting = turning();
+  setting.link = link;
+  const cSimSensor sensor(setting);
   const cResult result = runProgram({"scan", link, "-n", "2", "--first", "360", "--last", "390",
                                      "--format", "csv", "--xy", "--origin", "-o", file});
   ASSERT_EQ(result.status, 0) << result.errors;

@@ -1,10 +1,12 @@
-// How an endless scan ends: by its user, by its reader, and by its sensor.
+// How a run ends: by its user, by its reader, and by its options. What its sensor does to it, the
+// documentation's tests have.
 #include <csignal>
 #include <fstream>
 #include <tuple>
 
+#include "tests/support/cPtyPair.h"
+#include "tests/support/settings.h"
 #include "tests/tools/cProgram.h"
-#include "tests/tools/simSettings.h"
 
 using cClock = std::chrono::steady_clock;
 constexpr std::chrono::seconds GONE{3};
@@ -19,7 +21,7 @@ class ProgramEnding : public testing::TestWithParam<cEnding> {};
 // shell's loop that goes on after Ctrl-C.
 TEST_P(ProgramEnding, isSoonAndBySignalIfItCutsARunShort) {
   const auto [count, signal, status, isMute] = GetParam();
-  cSimSensor sensor(fastTurning());
+  cSimSensor sensor(turning());
   cProgram program({"scan", sensor.getPath(), "-n", count});
   for (int line = 0; line < 4; ++line) program.readLine();
   if (isMute) sensor.setFault(eSimFault::STALL);
@@ -43,7 +45,7 @@ INSTANTIATE_TEST_SUITE_P(All, ProgramEnding,
 
 // Would catch a run that goes on, or is cut short by its own end.
 TEST(ProgramEnd, comesWhenItsDurationIsOverOrItsScansAreTaken) {
-  const cSimSensor sensor(fastTurning());
+  const cSimSensor sensor(turning());
   const std::string& path = sensor.getPath();
   const cResult timed = runProgram({"scan", path, "--duration", "0.5"});
   EXPECT_TRUE(timed.status == 0 && linesOf(timed.output).size() > 5) << timed.errors;
@@ -56,7 +58,7 @@ TEST(ProgramEnd, comesWhenItsDurationIsOverOrItsScansAreTaken) {
 TEST(ProgramStop, turnsALaserOffInBothDialects) {
   for (const auto& [dialect, on, off] :
        {std::tuple(eSimDialect::SCIP2, "BM", "QT"), std::tuple(eSimDialect::SCIP1, "L0", "L1")}) {
-    const cSimSensor sensor(unpaced(eSimModel::SHORT_RANGE, dialect));
+    const cSimSensor sensor(turning(0, dialect));
     std::ofstream(sensor.getPath()) << on << "\n";
     ASSERT_TRUE(sensor.waitForCommand(on, std::chrono::seconds(60)));
     const cResult result = runProgram({"stop", sensor.getPath()});
@@ -67,7 +69,7 @@ TEST(ProgramStop, turnsALaserOffInBothDialects) {
 
 // Would catch a program that waits for room in a pipe that nobody reads, and the laser on.
 TEST(ProgramEnd, comesSoonThoughNobodyReadsItsOutput) {
-  cSimSensor sensor(unpaced());  // more than a pipe holds, at once
+  cSimSensor sensor(turning(0));  // more than a pipe holds, at once
   cProgram program({"scan", sensor.getPath(), "-n", "0", "--format", "csv"});
   ASSERT_TRUE(sensor.waitForSentScans(100, std::chrono::seconds(60)));
   program.signal(SIGINT);
@@ -77,12 +79,16 @@ TEST(ProgramEnd, comesSoonThoughNobodyReadsItsOutput) {
   EXPECT_EQ(program.wait(), 0) << program.getErrors();
 }
 
-// Would catch a scan that waits for ever for whole ones. One that is unplugged or says nothing any
-// more, the documentation's tests have.
-TEST(ProgramEnd, isStatus4WhereAllScansComeDamaged) {
-  cSimSensor sensor(fastTurning());
-  sensor.setFault(eSimFault::WRONG_SUM, 1, "scan");
-  const cResult result = runProgram({"scan", sensor.getPath(), "-n", "0"});
-  EXPECT_EQ(result.status, 4);
-  EXPECT_TRUE(holds(result.errors, "sends something: all is damaged"));
+// Would catch a robot's shutdown that waits for the minute of a search.
+TEST(ProgramSearch, endsAtOnceByASignalOrWhereNobodyReads) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, 0}) {
+    const cPtyPair line;
+    cProgram program({"scan", line.getPath()});
+    program.waitForError("looking for a sensor");
+    const auto before = cClock::now();
+    if (signal == 0) program.closeOutput();
+    program.signal(signal);
+    EXPECT_EQ(program.wait(), signal == 0 ? -SIGPIPE : -signal);
+    EXPECT_LT(cClock::now() - before, GONE);
+  }
 }

@@ -1,8 +1,8 @@
 #include <csignal>
 #include <tuple>
 
+#include "tests/support/settings.h"
 #include "tests/tools/cProgram.h"
-#include "tests/tools/simSettings.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ class ProgramView : public testing::Test {
     return behind;
   }
 
-  cSimSensor sensor{fastTurning()};
+  cSimSensor sensor{turning()};
   cProgram program{{"view", sensor.getPath()}, {PROGRAM_PATH, {"TERM=xterm"}, true}};
   const termios modes = program.getModes();
 };
@@ -42,7 +42,7 @@ class ProgramView : public testing::Test {
 // Would catch escape codes in a file, a picture cut to a terminal that is not there, and a sensor
 // left scanning.
 TEST(ProgramViewOnce, isPlainTextOfTheSizeTold) {
-  const cSimSensor sensor(fastTurning());
+  const cSimSensor sensor(turning());
   const cResult result = runProgram({"view", "--once", sensor.getPath()},
                                     {PROGRAM_PATH, {"TERM=xterm", "COLUMNS=100", "LINES=30"}});
   ASSERT_EQ(result.status, 0) << result.errors;
@@ -95,7 +95,7 @@ INSTANTIATE_TEST_SUITE_P(All, ProgramViewEnd,
 
 // Would catch a shell that is left without echo by Ctrl-Z, and a picture that does not come back.
 TEST(ProgramViewJob, leavesTheTerminalToTheShellByCtrlZAndTakesItByFg) {
-  const cSimSensor sensor(fastTurning());
+  const cSimSensor sensor(turning());
   cProgram shell({"--norc", "--noprofile", "--noediting", "-i"},
                  {"/bin/bash", {"TERM=xterm"}, true});
   shell.type("'" PROGRAM_PATH "' view " + sensor.getPath() + "\n");
