@@ -13,7 +13,7 @@ struct cLineEvent {
   int lineSpeed;              ///< bits per second
   bool isSent;                ///< by the host; otherwise received
   std::int64_t monotonic;     ///< when: CLOCK_MONOTONIC, nanoseconds
-  std::string_view bytes;
+  std::string_view bytes;     ///< as they were
 };
 
 /// Called with each of them, in the thread that reads the port. It must return soon and throw

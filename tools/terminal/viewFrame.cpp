@@ -31,8 +31,8 @@ std::string statusLine(const cViewStatus& status, bool hasScan, std::size_t widt
       health.sensor
           ? fmt::format("{} | {} bits/s", toText(health.sensor->dialect), health.sensor->lineSpeed)
           : toText(health.state);
-  const std::string rest = fmt::format(" | {} | {} scans/s | {} damaged, {} lost | {}", line, rate,
-                                       health.damaged, health.lost, age);
+  const std::string rest = fmt::format(" | {} | {} scans/s | {} missing | {}", line, rate,
+                                       health.damaged + health.lost, age);
   const std::string name = health.sensor ? sanitized(health.sensor->product) : "";
   const std::size_t room = width > rest.size() ? width - rest.size() : 0;
   return (name.substr(0, std::max(room, MIN_NAME_WIDTH)) + rest).substr(0, width);
