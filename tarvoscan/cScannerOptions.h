@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tarvoscan/cHealth.h"
+#include "tarvoscan/cLineEvent.h"
 
 namespace tarvo {
 
@@ -50,6 +51,8 @@ struct cScannerOptions {
   /// Called with the new health at each change of state or problem, in the reading thread. It must
   /// return soon, and may call what `cScanner` allows there. What it throws is dropped.
   std::function<void(const cHealth&)> onHealth;
+
+  tLineTap onLine;  ///< called with what passes over the line, where there is one
 };
 
 }  // namespace tarvo

@@ -14,7 +14,7 @@ namespace tarvo {
 class cSensorSearch::cImpl {
  public:
   cImpl(const std::vector<std::string>& devices, const std::vector<int>& speeds,
-        std::function<void(const cSearchResult&)> onResult);
+        std::function<void(const cSearchResult&)> onResult, tLineTap onLine);
   ~cImpl();
 
   std::vector<cSearchResult> wait();
@@ -27,6 +27,7 @@ class cSensorSearch::cImpl {
 
   const std::vector<int> speeds;
   const std::function<void(const cSearchResult&)> onResult;
+  const tLineTap onLine;
   std::mutex joining;
   std::mutex reporting;  // one result at a time
   std::vector<cSearchResult> results;
@@ -34,8 +35,10 @@ class cSensorSearch::cImpl {
 };
 
 cSensorSearch::cImpl::cImpl(const std::vector<std::string>& devices, const std::vector<int>& speeds,
-                            std::function<void(const cSearchResult&)> onResult)
-    : speeds(speeds.empty() ? usualSpeeds() : speeds), onResult(std::move(onResult)) {
+                            std::function<void(const cSearchResult&)> onResult, tLineTap onLine)
+    : speeds(speeds.empty() ? usualSpeeds() : speeds),
+      onResult(std::move(onResult)),
+      onLine(std::move(onLine)) {
   for (const std::string& device : devices) results.push_back({device, {}, {}, {}});
   for (std::size_t place = 0; place < results.size(); ++place) {
     try {
@@ -71,6 +74,7 @@ void cSensorSearch::cImpl::lookAt(cSearchResult& result) {
   if (result.problem) return;
   const auto port =
       boost::make_shared<cScanPort>(std::move(terminal), result.device, speeds.front(), waker);
+  port->setTap(onLine);
   cConversation talk(port);
   cSensorFinder finder(talk);
   port->startCapture();
@@ -90,8 +94,8 @@ void cSensorSearch::cImpl::lookAt(cSearchResult& result) {
 
 cSensorSearch::cSensorSearch(const std::vector<std::string>& devices,
                              const std::vector<int>& lineSpeeds,
-                             std::function<void(const cSearchResult&)> onResult)
-    : impl(std::make_unique<cImpl>(devices, lineSpeeds, std::move(onResult))) {}
+                             std::function<void(const cSearchResult&)> onResult, tLineTap onLine)
+    : impl(std::make_unique<cImpl>(devices, lineSpeeds, std::move(onResult), std::move(onLine))) {}
 
 cSensorSearch::~cSensorSearch() = default;
 

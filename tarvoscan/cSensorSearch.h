@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tarvoscan/cLineEvent.h"
 #include "tarvoscan/cProblem.h"
 #include "tarvoscan/cSensorInfo.h"
 #include "tarvoscan/export.h"
@@ -46,10 +47,12 @@ class TARVOSCAN_API cSensorSearch {
  public:
   /// Begins to look at `devices`, each in a thread of its own, at the line speeds `lineSpeeds`
   /// (bits per second; none: those at which sensors are shipped). `onResult`, where there is one,
-  /// is called with each result when it is known, one at a time, in the thread of its port.
+  /// is called with each result when it is known, one at a time, in the thread of its port; and
+  /// `onLine` with what passes over each line, several at a time.
   explicit cSensorSearch(const std::vector<std::string>& devices,
                          const std::vector<int>& lineSpeeds = {},
-                         std::function<void(const cSearchResult&)> onResult = nullptr);
+                         std::function<void(const cSearchResult&)> onResult = nullptr,
+                         tLineTap onLine = nullptr);
   /// Ends what is under way and waits for it: less than a second.
   ~cSensorSearch();
   cSensorSearch(const cSensorSearch&) = delete;

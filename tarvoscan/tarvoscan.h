@@ -5,6 +5,7 @@
 
 #include "tarvoscan/cHealth.h"
 #include "tarvoscan/cLaserScan.h"
+#include "tarvoscan/cLineEvent.h"
 #include "tarvoscan/cProblem.h"
 #include "tarvoscan/cScanner.h"
 #include "tarvoscan/cScannerOptions.h"

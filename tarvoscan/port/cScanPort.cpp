@@ -163,6 +163,7 @@ cTraffic& cScanPort::captured() {
 }
 
 void cScanPort::recordReceived(std::string_view text) {
+  if (tap) tap({getDevice(), getSpeed(), false, filled, text});
   if (!isCapturing) return;
   cTraffic& traffic = captured();
   traffic.bytes += text.size();
@@ -170,6 +171,7 @@ void cScanPort::recordReceived(std::string_view text) {
 }
 
 void cScanPort::recordSent(std::string_view text) {
+  if (tap) tap({getDevice(), getSpeed(), true, monotonicNow(), text});
   if (isCapturing) appendCapped(captured().sent, text);
 }
 

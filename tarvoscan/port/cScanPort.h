@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tarvolink/tarvolink.h"
+#include "tarvoscan/cLineEvent.h"
 #include "tarvoscan/port/cDescriptor.h"
 #include "tarvoscan/port/cWaker.h"
 
@@ -76,6 +77,9 @@ class cScanPort : public kavTBX::basic_portbuf<char> {
   /// Whether the path leads to another device by now.
   bool isMoved() const;
 
+  /// Reports what passes from now on.
+  void setTap(const tLineTap& onLine) { tap = onLine; }
+
   /// Keeps what passes from now on, by line speed.
   void startCapture() { isCapturing = true; }
   void stopCapture() { isCapturing = false; }
@@ -103,6 +107,7 @@ class cScanPort : public kavTBX::basic_portbuf<char> {
   eEnd why = eEnd::NONE;
   std::int64_t filled = 0;   // when the buffer was
   std::int64_t arrival = 0;  // 0: no character of the record was read yet
+  tLineTap tap;
   bool isCapturing = false;
   std::vector<cTraffic> capture;
 };

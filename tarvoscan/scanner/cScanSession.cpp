@@ -260,7 +260,8 @@ milliseconds cScanSession::getPeriod() const {
 
 double cScanSession::getLineRate() const {
   constexpr std::size_t ECHO_SIZE = 20;  // command and host string
-  return sensor->lineSpeed / BITS_PER_BYTE / static_cast<double>(cScanRecord::getSize(range, ECHO_SIZE));
+  return sensor->lineSpeed / BITS_PER_BYTE /
+         static_cast<double>(cScanRecord::getSize(range, ECHO_SIZE));
 }
 
 /// Says so when fewer scans come than the sensor makes because the line cannot carry them.
@@ -283,7 +284,12 @@ void cScanSession::watchLine() {
 cProblem cScanSession::pause() {
   const char* const command = range.isScip2 ? QUIT : cSensorDriverSCIP1::makeLaserCommand(false);
   const cAnswer answer = talk.ask(command, ANSWER_TIMEOUT, START_TRIES);
-  parts.board.setState(eState::PAUSED, notice);
+  const cProblem doubt{
+      eProblem::SENSOR_REFUSES,
+      fmt::format("the sensor on {} does not confirm that its laser is off: {} {}.", sensor->device,
+                  command, toText(answer)),
+      "Try again, or take its power away."};
+  parts.board.setState(eState::PAUSED, answer ? notice : doubt);
   finish(switching, answer);
   for (serve(); !parts.waker.isStopRequested() && !parts.isLaserWanted; serve()) {
     talk.receive(cClock::now() + LONG_TIME, true);

@@ -145,6 +145,7 @@ cProblem cScannerThread::openDevice(const std::string& device) {
     close();
     return describeError(device, EIO);
   }
+  port->setTap(parts.options.onLine);
   talk = std::make_unique<cConversation>(port);
   finder = std::make_unique<cSensorFinder>(*talk);
   hasSearched = false;

@@ -12,7 +12,8 @@ void expectRefusal(const std::string& line, int status, const std::string& said)
   EXPECT_EQ(result.status, status) << line;
   EXPECT_EQ(result.output, "") << line;
   EXPECT_TRUE(holds(result.errors, said)) << line;
-  const bool needsSensor = line.find("sim: --last") != std::string::npos;
+  const bool needsSensor =
+      line.find("sim: --last") != std::string::npos || line.find("/dev/") != std::string::npos;
   const bool hasSearched = result.errors.find("looking for a sensor") != std::string::npos;
   EXPECT_EQ(hasSearched, needsSensor) << "reported too late, or too early: " << line;
 }
@@ -72,5 +73,6 @@ TEST(ProgramUsage, badInputIsRefusedWithTheCure) {
   expectRefusal("scan -o /tmp/x --plot /tmp/./x", 1, "are both to go to /tmp/./x");
   expectRefusal("scan -o - --plot -", 1, "are both to go to standard output");
   expectRefusal("scan sim: --last 726", 1, "from 44 to 725");
-  expectRefusal("scan sim: --last 86", 1, "one step more or fewer");
+  expectRefusal("scan /tty --fault stall", 1, "--fault is for simulated sensors");
+  expectRefusal("scan -q -v", 2, "--quiet excludes --verbose");
 }

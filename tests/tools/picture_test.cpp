@@ -3,21 +3,41 @@
 #include <cmath>
 
 #include "tests/tools/cProgram.h"
-#include "tools/viewFrame.h"
+#include "tools/output/readings.h"
+#include "tools/terminal/viewFrame.h"
 
 namespace {
 
-using tPoints = std::vector<cScanPoint>;
+using tPoints = std::vector<tool::cReading>;
 using tLines = std::vector<std::string>;
 
 constexpr int COLUMNS = 41;  // of a picture with two lines of text below it
 constexpr int ROWS = 21;
 
+/// A scan of a point each hundredth of a radian, of which only `points` are distances.
+tarvo::cLaserScan scanOf(const tPoints& points) {
+  tarvo::cLaserScan scan;
+  scan.angleMin = -2.4;
+  scan.angleMax = 2.4;
+  scan.angleIncrement = 0.01;
+  scan.distances.resize(481);
+  scan.ranges.assign(481, std::numeric_limits<float>::quiet_NaN());
+  for (const tool::cReading& point : points) {
+    const auto place = static_cast<std::size_t>(std::lround((point.angle + 2.4) / 0.01));
+    scan.distances.at(place) = static_cast<int>(point.distance);
+    scan.ranges.at(place) = static_cast<float>(point.distance / 1000);
+  }
+  return scan;
+}
+
 /// What the terminal shows: a picture that reaches 2 m.
 tLines frameOf(const tPoints& points, const tool::cTerminalSize& size = {COLUMNS, ROWS + 2}) {
-  const tool::cViewStatus status{"a name longer than most windows", "SCIP 2.0", 115200, 10, 0, 0.1};
-  cScan scan(-2.4, 2.4, 0.01);
-  scan.points = points;
+  auto sensor = std::make_shared<tarvo::cSensorInfo>();
+  sensor->product = "a name longer than most windows";
+  tool::cViewStatus status{{}, 10, 0.1};
+  status.health.state = tarvo::eState::SCANNING;
+  status.health.sensor = sensor;
+  const tarvo::cLaserScan scan = scanOf(points);
   return tool::viewFrame(size, tool::cPalette(tool::eColours::NONE),
                          tool::cPolarScale::covering(2000), &scan, status, "keys");
 }
@@ -47,9 +67,9 @@ TEST(Picture, hasItsReadingsInTheirPlaces) {
        {std::tuple(800, 0.0, 0, 4), {800, M_PI / 2, -8, 0}, {1600, -M_PI / 2, 16, 0}}) {
     EXPECT_NE(cellOf({{1.0 * distance, angle}}, right, up), cellOf({}, right, up)) << angle;
   }
-  const tLines empty = frameOf({}), distant = frameOf({{2500, 0}, {60000, 1}, {1e9, 1}});
+  const tLines empty = frameOf({}), distant = frameOf({{2500, 0}, {60000, 1}, {1e9, 1.5}});
   EXPECT_TRUE(std::equal(empty.begin(), empty.begin() + ROWS, distant.begin()));
-  EXPECT_TRUE(holds(frameOf({{2500, 0}, {60000, 1}, {1900, 0}}).back(), "2 points farther off"));
+  EXPECT_TRUE(holds(frameOf({{2500, 0}, {60000, 1}, {1900, 2}}).back(), "2 points farther off"));
 }
 
 // Would catch a line that wraps and pushes the picture out of place, or an error in a tiny window.

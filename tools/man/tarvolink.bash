@@ -15,7 +15,7 @@ _tarvolink() {
   if [[ $before == -* ]] && grep -q -- "^  \(-[a-z],\)\?$before [^ ]" <<<"$help"; then
     # The line of an option that takes a value: "--format ENUM:{csv,json,table}".
     offers=$(sed -n "s/^  $before [A-Z]*:{\(.*\)}.*/\1/p" <<<"$help" | tr ',' ' ')
-    [[ $before != --fault ]] || offers=$(sed -n 's/^  \([a-z-]*\)=.*/\1/p' <<<"$help")
+    [[ $before != --fault ]] || offers=$("$program" sim --help | sed -n 's/^  \([a-z-]*\)=.*/\1/p')
   elif [[ $word == -* ]]; then
     offers=$(grep -o -- '^  -[^ ]*' <<<"$help" | tr ',' ' ')
   elif [[ -z $subcommand ]]; then
