@@ -38,8 +38,8 @@ long timeStop(cScanner& scanner) {
 // Catches: a loss that is not noticed or has another reason, a sensor that does not come back by
 // itself, or not within a second; a scanner that cannot be stopped while its sensor is lost.
 TEST_P(Losing, IsReportedAndEndsByItself) {
-  const auto& [loss, dialect] = GetParam();
-  cSimSensor sensor(linked(dialect));
+  const cLossCase& loss = std::get<0>(GetParam());
+  cSimSensor sensor(linked(std::get<1>(GetParam())));
   cScanner scanner(LINK);
   take(scanner);
   sensor.setFault(loss.fault);

@@ -41,10 +41,10 @@ TEST(Callers, SeeNoRecordsOfAStartThatFailed) {
     const cScriptedSensor sensor(rule);
     const tDriver2 driver = openDriver(sensor.getPath(), 50);
     std::string printed;
-    const auto start = [&] {
-      const auto fail = [&] { EXPECT_EQ(driver->startScan(0, 768, 1, 0, scans, 4096), -1); };
+    const auto start = [&, count = scans, expected = complaint] {
+      const auto fail = [&] { EXPECT_EQ(driver->startScan(0, 768, 1, 0, count, 4096), -1); };
       printed = outputOf(fail).err;
-      return printed == complaint ? 0 : -1;
+      return printed == expected ? 0 : -1;
     };
     EXPECT_EQ(retryIfStarved(*driver, start), 0) << printed;
     EXPECT_FALSE(driver->isScanning());
