@@ -15,10 +15,6 @@ cStart startOf(const std::string& example, bool isOnTerminal = false) {
   return start;
 }
 
-bool comesToRest(const cSimSensor& sensor) {
-  return eventually([&] { return !sensor.isScanning(); });
-}
-
 }  // namespace
 
 // Catches: the first host that everybody copies ending by a pulled cable, silent about it, printing

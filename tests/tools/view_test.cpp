@@ -60,7 +60,7 @@ TEST(ProgramViewOnce, isPlainTextOfTheSizeTold) {
   EXPECT_TRUE(holds(lines[14], "▲")) << "the sensor is not in the middle";
   EXPECT_TRUE(holds(lines[28], "Simulated short range scanner | SCIP 2.0 | 115200 bits/s | "));
   EXPECT_TRUE(holds(lines[29], "rings 2 m apart"));
-  EXPECT_FALSE(sensor.isScanning());
+  EXPECT_TRUE(comesToRest(sensor));
 }
 
 // Would catch keys that do nothing or something else, and a pause that shows a live picture.
@@ -75,7 +75,7 @@ TEST_F(ProgramView, zoomsFitsPausesAndQuitsByKeys) {
   program.waitFor("0.2 s old");  // the picture ages, at 50 scans a second
   program.type("q");
   EXPECT_TRUE(holds(expectGivenBack(0), " dropped, ")) << "no summary";
-  EXPECT_FALSE(sensor.isScanning());
+  EXPECT_TRUE(comesToRest(sensor));
 }
 
 // Would catch a picture that ends with the cable, that does not say why it stands still, or that
