@@ -14,6 +14,7 @@ constexpr double HYSTERESIS = 1.2;
 
 double distanceThatMatters(const std::vector<cReading>& readings) {
   std::vector<double> distances;
+  distances.reserve(readings.size());
   for (const cReading& reading : readings) distances.push_back(reading.distance);
   const auto last =
       distances.end() - 1 - static_cast<std::ptrdiff_t>(distances.size() / OUTLIER_SHARE);
