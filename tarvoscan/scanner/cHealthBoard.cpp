@@ -85,6 +85,11 @@ void cHealthBoard::countDamaged() {
   ++damagedInARow;
 }
 
+void cHealthBoard::countLost() {
+  const std::lock_guard<std::mutex> lock(mutex);
+  ++health.lost;
+}
+
 void cHealthBoard::setLineRate(double scansPerSecond) {
   const std::lock_guard<std::mutex> lock(mutex);
   health.lineRate = scansPerSecond;

@@ -26,6 +26,7 @@ class cHealthBoard {
   void countReconnect();
   void countDelivered(const cLaserScan& scan, const cScanMaker& maker);
   void countDamaged();
+  void countLost();  ///< a request that nothing answered (SCIP 1.x)
   void setLineRate(double scansPerSecond);
 
   void countFailedCommand();  ///< any thread

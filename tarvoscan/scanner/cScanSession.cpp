@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "tarvoscan/search/cSensorFinder.h"
 
@@ -151,6 +152,7 @@ cProblem cScanSession::request() {
   const auto before = lastGood;
   judge(isWhole);
   if (lastGood == before) {
+    if (talk.getPort().getArrival() == 0) parts.board.countLost();
     maker.skip();
     talk.expectLeftovers();
   }
@@ -269,7 +271,10 @@ void cScanSession::watchLine() {
   if (cClock::now() < nextLook) return;
   nextLook = cClock::now() + LOOK_PERIOD;
   const cHealth health = parts.board.get();
-  const bool isSlow = health.expectedRate > 0 && health.rate < SLOW_SHARE * health.expectedRate &&
+  // Damaged scans are the line's, too, but not its speed's.
+  const bool isDamaged = std::exchange(damagedBefore, health.damaged) != health.damaged;
+  const bool isSlow = !isDamaged && health.expectedRate > 0 &&
+                      health.rate < SLOW_SHARE * health.expectedRate &&
                       health.lineRate < health.expectedRate;
   if (!isSlow) return parts.board.setState(eState::SCANNING, notice);
   parts.board.setState(eState::SCANNING,

@@ -90,6 +90,7 @@ class cScanSession {
   cClock::time_point lastHeard;  // anything
   cClock::time_point nextLook;   // at the line's rate
   cClock::time_point nextRequest;
+  std::uint64_t damagedBefore = 0;  // the latest look at the line
   bool isStreaming = false;
   std::shared_ptr<cCommand> fetching;  // its answer is awaited between the scans of a stream
   std::string fetchEcho;

@@ -168,7 +168,10 @@ bool cScannerThread::find() {
   if (finder->look(speeds.front(), round)) return true;
   const std::size_t others = speeds.size() - 1;
   if (others == 0 || parts.waker.isStopRequested() || port->isGone()) return ++looks == 0;
-  return finder->look(speeds[1 + looks++ % others], round);
+  const int other = speeds[1 + looks++ % others];
+  if (!finder->look(other, round)) return false;
+  // A sensor on USB answers at any speed: it may just have come back.
+  return finder->look(speeds.front(), round) || finder->look(other, round);
 }
 
 /// Scans with the sensor that was found until it is lost.

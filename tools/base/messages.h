@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdio>
 #include <string>
 
 namespace tool {
@@ -15,20 +14,19 @@ enum class eVerbosity {
 /// That of this run. Set before the first other thread.
 inline eVerbosity verbosity = eVerbosity::NOTES;
 
-/// Says `text` to the user, a line on standard error. Nothing fails when nobody reads it. Any
-/// thread.
-inline void printError(const std::string& text) {
-  std::fprintf(stderr, "tarvolink: %s\n", text.c_str());
-}
+/// Says `text` to the user, a line on standard error, in place of the status line if there is one.
+/// A reader who takes nothing (a full pipe, Ctrl-S) is waited for a second at most, and then it is
+/// lost. Any thread.
+void printError(const std::string& text);
 
 /// The same, but not with `-q`.
-inline void printNote(const std::string& text) {
-  if (verbosity >= eVerbosity::NOTES) printError(text);
-}
+void printNote(const std::string& text);
 
-/// The same, but only with `-v`.
-inline void printDetail(const std::string& text) {
-  if (verbosity >= eVerbosity::DETAILS) printError(text);
-}
+/// The same, but only with `-v`; it waits for nobody.
+void printDetail(const std::string& text);
+
+/// Shows `text` below the cursor of the terminal that standard error is, until the next message;
+/// "": takes it away. Waits for nobody. Any thread.
+void showBelow(const std::string& text);
 
 }  // namespace tool

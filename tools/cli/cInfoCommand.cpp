@@ -21,8 +21,9 @@ namespace tool {
 namespace {
 
 constexpr std::chrono::milliseconds LOOK_PAUSE{100};
-constexpr std::chrono::seconds FIRST_SCAN_LIMIT{5};
 constexpr std::chrono::seconds CHECKUP_TIME{1};
+constexpr std::chrono::seconds CHECKUP_LIMIT{6};
+constexpr int SCANS_FOR_RATE = 3;
 
 /// One thing known of the sensor, for both forms of the output.
 struct cFact {
@@ -139,11 +140,16 @@ tarvo::cSearchResult findPatiently(const cDevice& device, const cDeviceOptions& 
 cCheckup examine(const cDevice& device, const cShutdown& stop) {
   cScanFeed feed(device, {}, ePatience::NONE, stop);
   try {
-    auto end = std::chrono::steady_clock::now() + FIRST_SCAN_LIMIT;
-    for (bool hasScan = false; std::chrono::steady_clock::now() < end && !stop.isRequested();) {
-      if (!feed.next(LOOK_PAUSE) || std::exchange(hasScan, true)) continue;
-      end = std::chrono::steady_clock::now() + CHECKUP_TIME;
+    const auto start = std::chrono::steady_clock::now();
+    const auto isWithin = [start](std::chrono::seconds time) {
+      return std::chrono::steady_clock::now() - start < time;
+    };
+    int scans = 0;
+    while ((isWithin(CHECKUP_TIME) || (scans < SCANS_FOR_RATE && isWithin(CHECKUP_LIMIT))) &&
+           !stop.isRequested()) {
+      if (feed.next(LOOK_PAUSE)) ++scans;
     }
+    if (scans == 0) return {{}, "no scan came"};
   } catch (const cFailure& failure) {
     return {{}, failure.what()};
   }

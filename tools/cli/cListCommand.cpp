@@ -28,7 +28,7 @@ struct cRow {
 };
 
 std::string toText(const cSearchResult& result) {
-  if (!result.sensor) return result.problem.message.substr(0, result.problem.message.find('.'));
+  if (!result.sensor) return result.problem.message.substr(0, result.problem.message.find(". "));
   return fmt::format("{}, {}, {} bits/s", sanitized(result.sensor->product),
                      tarvo::toText(result.sensor->dialect), result.sensor->lineSpeed);
 }

@@ -1,6 +1,7 @@
 #include "tools/cli/cScanFeed.h"
 
 #include <fmt/format.h>
+#include <poll.h>
 
 #include "tools/base/messages.h"
 #include "tools/base/printable.h"
@@ -34,7 +35,7 @@ cScanFeed::cScanFeed(const cDevice& device, const cScanOptions& range, ePatience
 /// In the scanner's thread.
 void cScanFeed::hear(const tarvo::cHealth& health) {
   const std::lock_guard<std::mutex> lock(mutex);
-  news.push_back(health);
+  news.push_back({health, cClock::now()});
 }
 
 tarvo::tScanPtr cScanFeed::next(std::chrono::milliseconds timeOut) {
@@ -51,28 +52,33 @@ tarvo::tScanPtr cScanFeed::next(std::chrono::milliseconds timeOut) {
 }
 
 void cScanFeed::follow() {
-  std::deque<tarvo::cHealth> heard;
+  std::deque<cNews> heard;
   {
     const std::lock_guard<std::mutex> lock(mutex);
     heard.swap(news);
   }
-  for (const auto& health : heard) followTo(health);
+  for (const auto& change : heard) followTo(change);
 }
 
-void cScanFeed::followTo(const tarvo::cHealth& health) {
-  state = health;
-  if (health.state == eState::WAITING) return noteLoss(health.problem);
-  if (health.state != eState::SCANNING) return;
+void cScanFeed::followTo(const cNews& change) {
+  state = change.health;
+  if (state.state == eState::STOPPED && state.problem) throw toFailure(state.problem, started);
+  if (state.state == eState::WAITING) return noteLoss(state.problem, change.when);
+  if (state.state != eState::SCANNING) return;
+  noteReturn(change.when);
   started = true;
-  if (lost && hasHinted) {
-    const std::chrono::duration<double> gone = cClock::now() - *lost;
-    printNote(fmt::format("{} is back after {:.1f} s", oneLine(device.getText()), gone.count()));
+  if (state.problem && lastNotice != state.problem.message) {
+    lastNotice = state.problem.message;
+    printNote(toMessage(state.problem));
   }
+}
+
+void cScanFeed::noteReturn(cClock::time_point when) {
+  if (!lost) return;
+  const std::chrono::duration<double> gone = when - *lost;
+  printNote(fmt::format("{} is back after {:.1f} s", oneLine(device.getText()), gone.count()));
   lost.reset();
-  if (health.problem && lastNotice != health.problem.message) {
-    lastNotice = health.problem.message;
-    printNote(toMessage(health.problem));
-  }
+  lastNotice.clear();
 }
 
 bool cScanFeed::isWaiting() const {
@@ -80,15 +86,22 @@ bool cScanFeed::isWaiting() const {
   return patience == (started ? ePatience::RECONNECT : ePatience::WAIT);
 }
 
-void cScanFeed::noteLoss(const tarvo::cProblem& problem) {
-  if (!isWaiting()) throw toFailure(problem, started);
-  if (!lost) lost = cClock::now();
+void cScanFeed::noteLoss(const tarvo::cProblem& problem, cClock::time_point when) {
+  const bool isHopeless = problem.kind == tarvo::eProblem::RANGE_IMPOSSIBLE ||
+                          problem.kind == tarvo::eProblem::DEVICE_UNUSABLE;
+  if (!isWaiting() || isHopeless) throw toFailure(problem, started);
+  if (started && !lost) lost = when;
   if (lastNotice == problem.message) return;
   lastNotice = problem.message;
   printNote(hasHinted ? oneLine(problem.message)
                       : fmt::format("{}\nwaiting for {} ({})", toMessage(problem),
                                     oneLine(device.getText()), started ? "--reconnect" : "--wait"));
   hasHinted = true;
+}
+
+bool cScanFeed::hasBacklog() {
+  pollfd waiting{scans.getDescriptor(), POLLIN, 0};
+  return poll(&waiting, 1, 0) > 0;
 }
 
 tarvo::cHealth cScanFeed::getHealth() const {

@@ -52,28 +52,38 @@ class cScanFeed {
   /// How it is now, with all counters. Those of scans that were not taken: `dropped`.
   tarvo::cHealth getHealth() const;
 
+  /// Whether scans wait to be taken: what `getHealth` counts is then ahead of them.
+  bool hasBacklog();
+
   /// A scan's number: the first of all is 1, and each one that is missing leaves a gap.
   std::uint64_t getNumber(const tarvo::cLaserScan& scan) const { return scan.number - first + 1; }
 
  private:
   using cClock = std::chrono::steady_clock;
 
+  /// A change of the scanner's state, and when it was.
+  struct cNews {
+    tarvo::cHealth health;
+    cClock::time_point when;
+  };
+
   void hear(const tarvo::cHealth& health);
   void follow();
-  void followTo(const tarvo::cHealth& health);
-  void noteLoss(const tarvo::cProblem& problem);
+  void followTo(const cNews& change);
+  void noteReturn(cClock::time_point when);
+  void noteLoss(const tarvo::cProblem& problem, cClock::time_point when);
   bool isWaiting() const;
 
   const cDevice& device;
   const ePatience patience;
   const cShutdown& stop;
   std::mutex mutex;
-  std::deque<tarvo::cHealth> news;  // under mutex: not heard of yet
+  std::deque<cNews> news;  // under mutex: not heard of yet
   tarvo::cHealth state;
   bool started = false;
   bool hasHinted = false;
   std::string lastNotice;
-  std::optional<cClock::time_point> lost;  // since when; empty: it is not
+  std::optional<cClock::time_point> lost;  // since when, having been there; empty: it is not
   std::uint64_t first = 0;                 // number of the first scan; 0: none yet
   tarvo::cScanner scanner;                 // calls `hear` from the start on
   tarvo::cSubscription scans;

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "tools/base/cFailure.h"
 #include "tools/base/messages.h"
 #include "tools/base/printable.h"
@@ -44,8 +46,7 @@ cScanRun::cScanRun(const cScanRunOptions& options, const cDevice& device, cShutd
       device(device),
       stop(stop),
       plotOutput(openPlot(options, stop)),
-      output(options.file, stop),
-      rows(makeScanFormat(options.format, device.getText(), options.columns)) {
+      output(options.file, stop) {
   for (const std::string& path : device.getPaths()) output.refuseDevice(path);
 }
 
@@ -55,25 +56,28 @@ void cScanRun::run() {
   try {
     takeAll(feed);
   } catch (const cFailure&) {
-    finish(feed, true);
+    finish(true);
     throw;
   }
-  finish(feed, false);
-  if (options.isStrict) checkStrictly(feed.getHealth());
+  finish(false);
+  if (options.isStrict) checkStrictly();
 }
 
 void cScanRun::takeAll(cScanFeed& feed) {
   while (!hasAll() && !stop.isRequested()) {
     const auto scan = feed.next(WAIT);
-    if (feed.isStarted() && !isBegun) begin();
+    if (feed.isStarted() && !isBegun) begin(feed);
     if (scan) deliver(feed, scan);
+    if (!feed.hasBacklog()) counted = feed.getHealth();
     if (!hasAll()) watchReaders();
-    showProgress(feed);
+    showProgress();
   }
 }
 
-void cScanRun::begin() {
+void cScanRun::begin(const cScanFeed& feed) {
   isBegun = true;
+  const std::string name = device.getName(feed.getHealth().sensor->device);
+  rows = makeScanFormat(options.format, name, options.columns);
   output.write(rows->header());
   if (count == 0) stop.expectRequest();
   if (options.range.seconds) stop.limitTime(*options.range.seconds);
@@ -81,8 +85,9 @@ void cScanRun::begin() {
 
 void cScanRun::deliver(const cScanFeed& feed, const tarvo::tScanPtr& scan) {
   last = scan;
+  lastNumber = feed.getNumber(*scan);
   meter.count();
-  output.write(rows->rows(feed.getNumber(*scan), *scan, meter.getRate()));
+  output.write(rows->rows(lastNumber, *scan, meter.getRate()));
 }
 
 /// One who leaves once the last scan is written has got all.
@@ -90,35 +95,33 @@ void cScanRun::watchReaders() {
   if (output.isReaderGone() || (plotOutput && plotOutput->isReaderGone())) stop.requestByReader();
 }
 
-void cScanRun::showProgress(const cScanFeed& feed) {
+void cScanRun::showProgress() {
   const auto now = std::chrono::steady_clock::now();
   if (now < nextProgress) return;
   nextProgress = now + PROGRESS_PAUSE;
-  const auto health = feed.getHealth();
-  warn(health);
+  warn();
   const bool isScrolling = output.isTerminal() && options.format != eScanFormat::NONE;
   if (isBegun && isScrolling) return progress.clear();
   const std::chrono::duration<double> passed = now - start;
-  progress.show(isBegun ? getSummary(meter, health)
+  progress.show(isBegun ? getSummary(meter, counted)
                         : fmt::format("looking: {:.0f} s", passed.count()));
 }
 
 /// Once, when it begins.
-void cScanRun::warn(const tarvo::cHealth& health) {
-  if (hasWarned || health.damaged + health.lost == 0) return;
+void cScanRun::warn() {
+  if (hasWarned || counted.damaged + counted.lost + counted.dropped == 0) return;
   hasWarned = true;
-  progress.clear();
   printNote(
-      fmt::format("scans are missing ({} damaged, {} lost so far): their numbers leave gaps. "
-                  "Look at the cable, and at the line's speed.",
-                  health.damaged, health.lost));
+      fmt::format("scans are missing ({} damaged, {} lost, {} dropped so far): their numbers "
+                  "leave gaps. Look at the cable, at the line's speed, and at who reads the "
+                  "output.",
+                  counted.damaged, counted.lost, counted.dropped));
 }
 
 bool cScanRun::hasAll() const { return count != 0 && meter.getTotal() >= count; }
 
-void cScanRun::finish(const cScanFeed& feed, bool isFailed) {
+void cScanRun::finish(bool isFailed) {
   progress.clear();
-  const auto health = feed.getHealth();
   const bool isWhole = !isFailed && (hasAll() || !stop.isCutShort());
   if (!last) {
     output.discard();  // an older file is better than none
@@ -129,15 +132,17 @@ void cScanRun::finish(const cScanFeed& feed, bool isFailed) {
     output.keepTemporary();
   }
   if (!isBegun) return;
-  warn(health);
-  printSummary(meter, health);
+  warn();
+  printSummary(meter, counted);
   const std::string part = output.getTemporary();
   if (last && !isWhole && !part.empty())
     printNote("the scans taken until then are in " + oneLine(part));
 }
 
-void cScanRun::checkStrictly(const tarvo::cHealth& health) const {
-  const std::uint64_t missing = health.damaged + health.lost + health.dropped;
+/// A gap in the numbers is a missing scan, too, whatever was counted.
+void cScanRun::checkStrictly() const {
+  const std::uint64_t missing = std::max<std::uint64_t>(
+      counted.damaged + counted.lost + counted.dropped, lastNumber - meter.getTotal());
   if (missing == 0) return;
   throw cFailure(eExit::SCANS_STOPPED,
                  fmt::format("{} missing, which --strict forbids.",
@@ -146,9 +151,9 @@ void cScanRun::checkStrictly(const tarvo::cHealth& health) const {
 
 void cScanRun::draw() {
   if (options.plot.empty()) return;
-  const std::string subtitle =
-      fmt::format("{} on {}, {} of {} readings valid", isoTimestamp(last->arrivalUtc),
-                  device.getText(), readingsOf(*last).size(), last->distances.size());
+  const std::string subtitle = fmt::format(
+      "{} on {}, {} of {} readings valid", isoTimestamp(last->arrivalUtc),
+      device.getName(last->sensor->device), readingsOf(*last).size(), last->distances.size());
   const cSvgPlot drawing(*last, sanitized(last->sensor->product), sanitized(subtitle));
   if (!options.isPlotShown) return writeAtomically(options.plot, drawing.getText());
   (plotOutput ? *plotOutput : output).write(drawing.getText());

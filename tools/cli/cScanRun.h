@@ -44,13 +44,13 @@ class cScanRun {
 
  private:
   void takeAll(cScanFeed& feed);
-  void begin();
+  void begin(const cScanFeed& feed);
   void deliver(const cScanFeed& feed, const tarvo::tScanPtr& scan);
   void watchReaders();
-  void showProgress(const cScanFeed& feed);
-  void warn(const tarvo::cHealth& health);
-  void finish(const cScanFeed& feed, bool isFailed);
-  void checkStrictly(const tarvo::cHealth& health) const;
+  void showProgress();
+  void warn();
+  void finish(bool isFailed);
+  void checkStrictly() const;
   void draw();
   bool hasAll() const;
 
@@ -60,14 +60,16 @@ class cScanRun {
   cShutdown& stop;
   const std::unique_ptr<cOutput> plotOutput;  // empty: the drawing is no second stream
   cOutput output;
-  const std::unique_ptr<iScanFormat> rows;
+  std::unique_ptr<iScanFormat> rows;  // once the sensor is known
   cStatusLine progress;
   std::chrono::steady_clock::time_point nextProgress;
   const std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
   cRateMeter meter;
   bool isBegun = false;
   bool hasWarned = false;
-  tarvo::tScanPtr last;  // empty: none yet
+  tarvo::cHealth counted;        // when the latest scan taken was the latest of all
+  std::uint64_t lastNumber = 0;  // of the last scan
+  tarvo::tScanPtr last;          // empty: none yet
 };
 
 }  // namespace tool

@@ -31,7 +31,8 @@ void cStopCommand::run(cShutdown& stop) {
     if (stop.isRequested()) return;
   }
   if (const auto& problem = feed.getState().problem) throw toFailure(problem, false);
-  printNote(fmt::format("the laser of the sensor on {} is off", oneLine(device.getText())));
+  printNote(fmt::format("the laser of the sensor on {} is off",
+                        oneLine(device.getName(feed.getState().sensor->device))));
 }
 
 }  // namespace tool

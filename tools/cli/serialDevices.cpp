@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
@@ -21,7 +22,9 @@ std::vector<tarvo::cSerialDevice> namedByUser(const char* list) {
   std::istringstream words(list);
   for (std::string path; std::getline(words, path, ':');) {
     std::error_code error;
-    if (path.empty()) continue;
+    const bool isKnown = std::any_of(devices.begin(), devices.end(),
+                                     [&](const auto& device) { return device.path == path; });
+    if (path.empty() || isKnown) continue;
     if (std::filesystem::is_character_file(path, error)) {
       devices.push_back(tarvo::describeSerialDevice(path));
     } else {

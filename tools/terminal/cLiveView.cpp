@@ -77,7 +77,8 @@ void cLiveView::showIfDue(cTerminal& terminal, const cTerminalSize& now) {
 }
 
 std::vector<std::string> cLiveView::frame(const std::string& help) {
-  cViewStatus status{source.getHealth(), meter.getRate(), 0};
+  cViewStatus status{source.getHealth(), 0, 0};
+  status.rate = status.health.rate;  // unlike the meter's, 0 while nothing comes
   status.age = std::chrono::duration<double>(cClock::now() - shownTaken).count();
   return viewFrame(size, palette, zoom.getScale(), shown.get(), status, help);
 }

@@ -2,18 +2,14 @@
 
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
 
+#include "tools/base/messages.h"
 #include "tools/terminal/cTerminalSize.h"
 
 namespace tool {
 
 namespace {
-
-// What is below the cursor goes; then a line down, the text, and back up.
-constexpr auto CLEAR_BELOW = "\x1b[J";
-constexpr auto BACK = "\r\x1b[A";
 
 bool canPlaceText() {
   const char* const term = std::getenv("TERM");
@@ -23,20 +19,16 @@ bool canPlaceText() {
 
 }  // namespace
 
-cStatusLine::cStatusLine() : isPossible(canPlaceText()) {}
+cStatusLine::cStatusLine() : isPossible(verbosity > eVerbosity::ERRORS && canPlaceText()) {}
 
 void cStatusLine::show(const std::string& text) {
   if (!isPossible) return;
   const auto columns = static_cast<std::size_t>(cTerminalSize::of(STDERR_FILENO).columns);
-  const std::lock_guard<std::mutex> lock(mutex);
-  std::fputs((CLEAR_BELOW + ("\n" + text.substr(0, columns - 1)) + BACK).c_str(), stderr);
-  isShown = true;
+  showBelow(text.substr(0, columns - 1));
 }
 
 void cStatusLine::clear() {
-  const std::lock_guard<std::mutex> lock(mutex);
-  if (isShown) std::fputs(CLEAR_BELOW, stderr);
-  isShown = false;
+  if (isPossible) showBelow("");
 }
 
 }  // namespace tool

@@ -1,13 +1,12 @@
 #pragma once
 
-#include <mutex>
 #include <string>
 
 namespace tool {
 
-/// A line on the terminal of standard error that changes in place, to tell how far things are.
-/// Nothing at all when that is no terminal, or one that cannot place text. It stands below the
-/// cursor, so that messages of whatever source come out whole above it. Any thread.
+/// A line on the terminal of standard error that changes in place, to report how far things are.
+/// Nothing at all with `-q`, and when that is no terminal, or one that cannot place text. It stands
+/// below the cursor, and a message takes its place. Any thread.
 class cStatusLine {
  public:
   cStatusLine();
@@ -23,8 +22,6 @@ class cStatusLine {
 
  private:
   const bool isPossible;
-  std::mutex mutex;
-  bool isShown = false;  // under mutex
 };
 
 }  // namespace tool
