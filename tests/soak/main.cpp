@@ -61,7 +61,7 @@ void soak(cClock::time_point end) {
   }
   for (int minute = 1; cClock::now() + std::chrono::minutes(1) < end; ++minute) {
     std::this_thread::sleep_for(std::chrono::minutes(1));
-    std::cout << "minute " << minute << ": " << tally.describe() << "; " << measure() << std::endl;
+    std::cout << "minute " << minute << ": " << tally << "; " << measure() << std::endl;
   }
   for (std::thread& thread : threads) thread.join();
 }
@@ -80,7 +80,7 @@ int main(int argc, char** argv) {
   soak(begin + std::chrono::seconds(seconds));
   const cSize after = measure();
   const bool passed = isFlat(before, after) && tally.passed();
-  std::cout << "all: " << tally.describe() << '\n'
+  std::cout << "all: " << tally << '\n'
             << (passed ? "passed: " : "FAILED: ") << before << " after the warm-up; " << after
             << " at the end" << std::endl;
   return passed ? 0 : 1;
