@@ -13,10 +13,6 @@ cStart startOf(const std::string& example, bool isOnTerminal = false) {
   return {EXAMPLES_PATH "/" + example, {}, isOnTerminal};
 }
 
-bool comesToRest(const cSimSensor& sensor) {
-  return eventually([&] { return !sensor.isScanning(); });
-}
-
 const cSimSetting SHORT_RANGE = turning(0);
 const cSimSetting LONG_RANGE = turning(0, eSimDialect::SCIP2, eSimModel::LONG_RANGE);
 const cSimSetting OLD = turning(0, eSimDialect::SCIP1);
