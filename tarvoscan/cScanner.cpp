@@ -1,12 +1,12 @@
 #include "tarvoscan/cScanner.h"
 
 #include <fmt/format.h>
-#include <signal.h>
 
 #include <algorithm>
 #include <system_error>
 #include <thread>
 
+#include "tarvoscan/port/startThread.h"
 #include "tarvoscan/scanner/cScannerThread.h"
 #include "tarvoscan/tarvoscan.h"
 
@@ -16,26 +16,6 @@ namespace {
 
 constexpr std::size_t OWN_DEPTH = 16;
 constexpr std::chrono::seconds COMMAND_TIMEOUT{5};
-
-// What a thread raises by its own fault; blocked, these would pass by the host's handlers.
-constexpr int OWN_FAULTS[] = {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP};
-
-/// Starts a thread in which no signal of the host is handled.
-template <class tFunction>
-std::thread startThread(tFunction function) {
-  sigset_t blocked, before;
-  sigfillset(&blocked);
-  for (const int fault : OWN_FAULTS) sigdelset(&blocked, fault);
-  pthread_sigmask(SIG_SETMASK, &blocked, &before);
-  try {
-    std::thread thread(function);
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return thread;
-  } catch (...) {
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    throw;
-  }
-}
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "tarvoscan/port/openPort.h"
+#include "tarvoscan/port/startThread.h"
 #include "tarvoscan/search/cLineDiagnosis.h"
 #include "tarvoscan/search/cSensorFinder.h"
 
@@ -42,7 +43,7 @@ cSensorSearch::cImpl::cImpl(const std::vector<std::string>& devices, const std::
   for (const std::string& device : devices) results.push_back({device, {}, {}, {}});
   for (std::size_t place = 0; place < results.size(); ++place) {
     try {
-      threads.emplace_back([this, place] { look(place); });
+      threads.push_back(startThread([this, place] { look(place); }));
     } catch (const std::system_error&) {
       look(place);  // one after the other, then
     }
@@ -70,6 +71,10 @@ void cSensorSearch::cImpl::look(std::size_t place) {
 }
 
 void cSensorSearch::cImpl::lookAt(cSearchResult& result) {
+  if (!waker.isUsable()) {
+    result.problem = {eProblem::NO_THREAD, "the system has no descriptors left.", ""};
+    return;
+  }
   cDescriptor terminal = openPort(result.device, result.problem);
   if (result.problem) return;
   const auto port =

@@ -206,6 +206,12 @@ cProblem cScannerThread::checkSerial(const cSensorInfo& sensor) const {
 cProblem cScannerThread::compareWithLast(const cSensorInfo& sensor) const {
   if (!lastSensor) return {};
   if (lastSensor->serial == sensor.serial && lastSensor->product == sensor.product) return {};
+  if (lastSensor->serial == sensor.serial) {
+    return {eProblem::OTHER_SENSOR,
+            fmt::format("another sensor is on {} now: a {}, the one before was a {}.",
+                        sensor.device, printable(sensor.product), printable(lastSensor->product)),
+            ""};
+  }
   return {eProblem::OTHER_SENSOR,
           fmt::format("another sensor is on {} now: it has {}, the one before had {}.",
                       sensor.device, nameOf(sensor), nameOf(*lastSensor)),

@@ -114,7 +114,9 @@ tarvo::cSearchResult find(const cDevice& device, const cDeviceOptions& options,
                         ""};
       result.sensor = nullptr;
     }
-    if (!found.sensor) found = result;
+    const bool isTelling = result.sensor || isOther || !found.problem;
+    if (isTelling) found = result;
+    return found.sensor != nullptr;
   });
   if (!found.sensor) throw toFailure(found.problem, false);
   return found;
@@ -170,8 +172,12 @@ void cInfoCommand::run(cShutdown& stop) {
   device.announce();
   const auto found = findPatiently(device, options, stop);
   const auto facts = factsOf(device.getName(found.device), *found.sensor);
+  cDeviceOptions here = options;
+  here.device = found.device;
+  here.serial.clear();
+  here.faults = {};
   const cCheckup checkup =
-      found.problem ? cCheckup{{}, toMessage(found.problem)} : examine(device, stop);
+      found.problem ? cCheckup{{}, toMessage(found.problem)} : examine(cDevice(here), stop);
   if (stop.isRequested()) throw cInterrupted();
   output.write(json ? toJson(facts, checkup) : toText(facts) + toText(checkup));
 }

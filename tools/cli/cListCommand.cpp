@@ -114,6 +114,7 @@ void cListCommand::run(cShutdown& stop) {
       });
       row->result = result;
       show(*row);
+      return false;
     });
   }
   if (!json) return;

@@ -47,8 +47,9 @@ inline void addDeviceOptions(CLI::App& command, cDeviceOptions& options) {
       ->check(speeds);
   requireNumber<int>(
       command.add_option("--raise-speed", options.raisedSpeed,
-                         "Raise the line speed to this once the sensor is found, in bits/s"))
-      ->check(speeds);
+                         "Raise the line speed to this once the sensor is found, in bits/s; it "
+                         "stays until the sensor is switched off"))
+      ->check(CLI::IsMember({19200, 57600, 115200, 500000}));  // at which it is found again
   addFaultOptions(command, options.faults, "a simulated DEVICE");
   addVerbosityOptions(command);
 }

@@ -49,13 +49,15 @@ class cResults {
 }  // namespace
 
 void searchPorts(const std::vector<std::string>& paths, int speed, const cShutdown& stop,
-                 const std::function<void(const tarvo::cSearchResult&)>& onResult) {
+                 const std::function<bool(const tarvo::cSearchResult&)>& onResult) {
   cResults results;
   const std::vector<int> speeds = speed == 0 ? std::vector<int>() : std::vector<int>{speed};
   const tarvo::cSensorSearch search(
       paths, speeds, [&results](const tarvo::cSearchResult& result) { results.push(result); },
       lineLog());
-  for (std::size_t i = 0; i < paths.size(); ++i) onResult(results.take(stop));
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    if (onResult(results.take(stop))) return;
+  }
 }
 
 }  // namespace tool

@@ -10,9 +10,9 @@
 namespace tool {
 
 /// Looks for sensors on `paths` side by side, at the line speed `speed` (0: the usual ones), and
-/// calls `onResult` in this thread with each result when it is known. Throws `cInterrupted` when
-/// `stop` is requested before all are.
+/// calls `onResult` in this thread with each result when it is known, until that says that it has
+/// enough (true). Throws `cInterrupted` when `stop` is requested before.
 void searchPorts(const std::vector<std::string>& paths, int speed, const cShutdown& stop,
-                 const std::function<void(const tarvo::cSearchResult&)>& onResult);
+                 const std::function<bool(const tarvo::cSearchResult&)>& onResult);
 
 }  // namespace tool
