@@ -17,16 +17,6 @@ namespace {
 /// The echo and a good status for the line that the host wrote.
 std::string acknowledge(const std::string& line) { return line + "00P\n"; }
 
-std::string describe(const cSensorDriverSCIP2& driver) {
-  std::ostringstream text;
-  text << driver.getVend() << '|' << driver.getProd() << '|' << driver.getFirm() << '|'
-       << driver.getProt() << '|' << driver.getSerial() << '|' << driver.getStatus() << '|'
-       << driver.getMinSpot() << '|' << driver.getMaxSpot() << '|' << driver.getFrontSpot() << '|'
-       << driver.getMinDist() << '|' << driver.getMaxDist() << '|' << driver.getNumSpot() << '|'
-       << driver.getScanSpeed();
-  return text.str();
-}
-
 std::string fetch(cSensorDriverSCIP2& driver, cMemoryPort& port, unsigned kind,
                   const std::string& bytes) {
   port.onWrite = [&port, &bytes](const std::string& line) {
@@ -40,7 +30,8 @@ std::string fetch(cSensorDriverSCIP2& driver, cMemoryPort& port, unsigned kind,
   } catch (const std::out_of_range&) {
     result = 1;
   }
-  return std::to_string(result) + describe(driver);
+  return std::to_string(result) + driver.getResponseBody() + driver.getSerial() +
+         std::to_string(driver.getScanSpeed());
 }
 
 std::string describe(const cScan& scan) {

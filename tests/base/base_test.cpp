@@ -133,20 +133,6 @@ TEST(Thread, BlocksSignalsInTheWorkerOnly) {
   }
 }
 
-// Catches: a caller that talks to a worker not ready, or destroys one that still runs.
-TEST(Thread, StartsAndEndsBeforeItsCallerGoesOnThoughInterrupted) {
-  cBSync proceed;
-  cWorker worker;
-  worker.init = worker.work = [&proceed] { proceed.wait_and_reset(); };
-  for (const auto step : {&kavTBX::cThread::run, &kavTBX::cThread::finalize}) {
-    boost::thread host([&] { (worker.*step)(); });
-    host.interrupt();
-    EXPECT_FALSE(host.try_join_for(boost::chrono::milliseconds(50)));
-    proceed.unblock();
-    host.join();
-  }
-}
-
 // In a child each: the zone is asked for once in a process.
 // Catches: the offset of today, or of another half of the year, and hours that are rounded.
 TEST(TimezoneDeathTest, IsTheOffsetAtTheEpoch) {

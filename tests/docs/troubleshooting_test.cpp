@@ -1,9 +1,4 @@
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <functional>
-
+#include <optional>
 #include <regex>
 
 #include "sim/tarvosim.h"
@@ -26,85 +21,61 @@ std::string asDocumented(std::string text) {
   return text;
 }
 
-using tProvoke = std::function<cResult(cSimSensor& sensor)>;
-
-/// Runs the program with the sensor's path for the word "DEVICE".
-tProvoke run(const std::vector<std::string>& words) {
-  return [words](cSimSensor& sensor) {
-    std::vector<std::string> arguments = words;
-    std::replace(arguments.begin(), arguments.end(), std::string("DEVICE"), sensor.getPath());
-    return runProgram(arguments);
-  };
-}
-
-/// A scan in the middle of which a fault begins. As a session leader, which gets the port as its
-/// terminal, and SIGHUP when that goes.
-tProvoke disturb(eSimFault fault) {
-  return [fault](cSimSensor& sensor) {
-    cProgram scan({PROGRAM_PATH, "scan", sensor.getPath(), "-n", "0"}, {"/usr/bin/setsid"});
-    for (int line = 0; line < 3; ++line) scan.readLine();
-    sensor.setFault(fault);
-    const int status = scan.wait();
-    return cResult{status, "", scan.getErrors()};
-  };
-}
-
-cResult askAsNobody(cSimSensor& sensor) {
-  constexpr gid_t DIALOUT = 20;  // of every Debian
-  const char* const path = sensor.getPath().c_str();
-  if (geteuid() != 0 || chown(path, 0, DIALOUT) != 0 || chmod(path, 0660) != 0) return {};
-  return runAsNobody({"info", path});
-}
-
-cResult askBesideAnother(cSimSensor& sensor) {
-  cProgram other({"-c", "exec 3<>" + sensor.getPath() + "; echo ready; kill -STOP $$"},
-                 {"/bin/sh"});
-  other.readLine();
-  return runProgram({"info", sensor.getPath()});
-}
-
 struct cTrouble {
   const char* name;
   const char* heading;
-  tProvoke provoke;
+  const char* line;  // of a shell; DEVICE is the sensor's path, $P the program
   int status;
   int speed = 0;
   eSimGarbage garbage = eSimGarbage::BY_SEED;
-  bool isScanning = false;  // before
+  bool isScanning = false;              // before
+  std::optional<eSimFault> fault = {};  // begins in the middle of the scan
 };
 
-const auto ASK = run({"info", "DEVICE", "--speed", "115200"});
+const char* const ASK = "exec $P info DEVICE --speed 115200";
+// As a session leader, which gets the port as its terminal, and SIGHUP when that goes.
+const char* const SCAN = "exec setsid $P scan DEVICE -n 0";
 const cTrouble TROUBLES[] = {
-    {"Forbidden", "You may not open the device", askAsNobody, 1},
-    {"InUse", "Another program has the port", askBesideAnother, 1},
-    {"Missing", "The device has another name today", run({"info", "/dev/no-tty"}), 1},
+    // Only root can become another user; 20 is the group dialout of every Debian.
+    {"Forbidden", "You may not open the device",
+     "[ $(id -u) -gt 0 ] || { chown 0:20 DEVICE; chmod 660 DEVICE; exec setpriv --reuid=65534 "
+     "--regid=65534 --clear-groups --inh-caps=+dac_read_search --ambient-caps=+dac_read_search "
+     "$P info DEVICE; }",
+     1},
+    {"InUse", "Another program has the port", "exec 3<>DEVICE; $P info DEVICE 3>&-; exit $?", 1},
+    {"Missing", "The device has another name today", "exec $P info /dev/no-tty", 1},
     // What it receives makes no lines, or some, which it answers.
     {"Silent", "No sensor answers", ASK, 3, 19200, eSimGarbage::NO_LINES},
     {"WrongSpeed", "Wrong line speed", ASK, 3, 19200, eSimGarbage::LINES},
-    {"LeftRunning", "A stream was left running", run({"info", "DEVICE"}), 0, 0, {}, true},
-    {"Pulled", "The plug was pulled", disturb(eSimFault::UNPLUGGED), 4},
-    {"Stopped", "The scans stop, the device is there", disturb(eSimFault::STALL), 4},
-    {"Slow", "Scans come slowly or late", run({"scan", "DEVICE", "-n", "5"}), 0, 115200}};
+    {"LeftRunning", "A stream was left running", "exec $P info DEVICE", 0, 0, {}, true},
+    {"Pulled", "The plug was pulled", SCAN, 4, 0, {}, false, eSimFault::UNPLUGGED},
+    {"Stopped", "The scans stop, the device is there", SCAN, 4, 0, {}, false, eSimFault::STALL},
+    {"Slow", "Scans come slowly or late", "exec $P scan DEVICE -n 5", 0, 115200}};
 
 class Troubleshooting : public testing::TestWithParam<cTrouble> {};
 
 // Catches: words, an exit status or a reaction of the program that its users would look for in
 // vain, and a scan that waits for ever for its sensor.
 TEST_P(Troubleshooting, QuotesTheProgramWordForWord) {
+  const cTrouble& trouble = GetParam();
   const std::string page = readFile(SOURCE_PATH "/docs/troubleshooting.md");
-  const std::size_t heading = page.find(std::string("\n## ") + GetParam().heading + "\n");
+  const std::size_t heading = page.find(std::string("\n## ") + trouble.heading + "\n");
   ASSERT_NE(heading, std::string::npos) << "no such section";
   const std::size_t begin = page.find("```\n", heading) + 4;
   cSimSetting setting;
-  setting.speed = GetParam().speed;
-  setting.garbage = GetParam().garbage;
-  setting.scanningAtStart = GetParam().isScanning;
+  setting.speed = trouble.speed;
+  setting.garbage = trouble.garbage;
+  setting.scanningAtStart = trouble.isScanning;
   cSimSensor sensor(setting);
-  const cResult result = GetParam().provoke(sensor);
-  if (result.errors.empty()) GTEST_SKIP() << "only root can become another user";
-  EXPECT_EQ(result.status, GetParam().status);
-  EXPECT_EQ(result.output.empty(), result.status != 0) << "among the data: " << result.output;
-  EXPECT_TRUE(holds(asDocumented(result.errors),
+  const std::string line = std::regex_replace(trouble.line, std::regex("DEVICE"), sensor.getPath());
+  cProgram program({"-c", line}, {"/bin/sh", {"P=" PROGRAM_PATH}});
+  for (int row = 0; trouble.fault && row < 3; ++row) program.readLine();
+  if (trouble.fault) sensor.setFault(*trouble.fault);
+  const int status = program.wait();
+  if (program.getErrors().empty()) GTEST_SKIP() << "only root can become another user";
+  EXPECT_EQ(status, trouble.status);
+  EXPECT_EQ(program.getOutput().empty(), status != 0 && !trouble.fault) << program.getOutput();
+  EXPECT_TRUE(holds(asDocumented(program.getErrors()),
                     asDocumented(page.substr(begin, page.find("```", begin) - begin))));
   EXPECT_TRUE(comesToRest(sensor)) << "it was not stopped";
 }

@@ -1,6 +1,3 @@
-#include <unistd.h>
-
-#include <csignal>
 
 #include "tests/support/cCaseName.h"
 #include "tests/support/settings.h"

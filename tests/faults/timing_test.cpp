@@ -1,4 +1,4 @@
-// The right bytes at the wrong time.
+// The right bytes at the wrong time, or none any more.
 #include "tests/faults/cChild.h"
 #include "tests/support/syscalls.h"
 
@@ -52,6 +52,36 @@ TEST(WallClockThatIsSet, IsHandled) {
     }
     EXPECT_EQ(rig.flagged + rig.wrong, 0);
   });
+}
+
+/// After the first half of a record.
+void waitForHalfARecord(cSimSensor& sensor) {
+  sensor.setFault(eSimFault::CUT_SHORT, 101);
+  const std::uint64_t before = sensor.getCounters().records;
+  EXPECT_TRUE(sensor.waitFor(&cSimCounters::records, before + 2, LONG_TIME));
+}
+
+// Catches, with no scan: a command on a dead port that waits for ever; in the middle of a line:
+// half a record made a scan, or that SCIP 1.x waits on; with scans: a worker that spins where
+// records are still expected, an adapter that asks a dead port again without a pause.
+TEST(PulledCable, IsHandled) {
+  constexpr int NONE = -1, ENDLESS = 0, COUNTED = 99;
+  for (const auto& [scans, isInMidLine] : {std::pair(NONE, false), std::pair(COUNTED, true),
+                                           std::pair(ENDLESS, false), std::pair(COUNTED, false)}) {
+    inBothDialects([count = scans, isHalf = isInMidLine](eSimDialect dialect) {
+      cFaultRig rig(turning(50, dialect));
+      if (count != NONE) rig.scan(count);
+      if (isHalf) waitForHalfARecord(rig.sensor);
+      rig.sensor.unplug();
+      const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+      const auto isOver = [end] { return std::chrono::steady_clock::now() > end; };
+      if (count != NONE) rig.during("a while", 1100, [&] { rig.follow(isOver); });
+      rig.during("a command", dialect == SCIP1 ? READ : ANSWER,
+                 [&] { EXPECT_EQ(rig.face().fetchVersionStr(), -1); });
+      rig.during("the end", READ, [&] { rig.driver.reset(); });
+      EXPECT_EQ(rig.wrong, 0);
+    });
+  }
 }
 
 }  // namespace

@@ -18,17 +18,12 @@ offers() {
 
 offers 'list info scan view stop sim help' ''
 offers 'scan stop sim' s
-offers 'scan stop sim' help s
-offers '--version' --v
 offers '--fault --first --format' scan --f
-offers '--help' sim --h
 offers 'csv json table' scan --format ''
 offers 'scip1 scip1-switch' sim --dialect scip1
 offers 'wrong-sum wrong-count' scan --fault wrong
 offers '460800' scan /dev/ttyACM0 --speed 46
 offers '' scan -o ''         # a file: bash offers them itself
 offers '/dev/null sim:' scan ''
-offers 'sim:' info s
 offers '' scan /dev/serial/  # a device's other name
-offers '--only --once' view --wait --on
 exit $failed

@@ -1,7 +1,6 @@
 // Opening, reading, writing and closing a port.
 #include "tarvolink/port/basic_portbuf.h"
 
-#include <gtest/gtest.h>
 #include <sys/time.h>
 
 #include <boost/make_shared.hpp>

@@ -1,5 +1,4 @@
 // What a cPortSetting makes of the line's attributes.
-#include <gtest/gtest.h>
 
 #include <boost/make_shared.hpp>
 

@@ -4,8 +4,7 @@
 #include <limits>
 
 #include "tarvolink/driver/cSensorDriver.h"
-#include "tarvolink/scan/cScanFactory.h"
-#include "tarvolink/scan/tLockableList.h"
+#include "tarvolink/scan/cScan.h"
 
 namespace {
 
@@ -23,17 +22,6 @@ TEST(Scan, ReservesTheWholeQuotientIfThatIsSane) {
     EXPECT_EQ(scan.points.capacity(), row.reserved) << row.first << " to " << row.last;
     EXPECT_EQ(scan.timeStamp.time, boost::posix_time::ptime(boost::gregorian::date(1970, 1, 1)));
   }
-}
-
-// Catches: a line without readings that needs a scan, scans that a purge leaves alive.
-TEST(Scan, IsGoneOnceItsListIsPurged) {
-  cScanFactory factory;
-  factory.addData({});  // with no scan set: nothing to add
-  factory.scan.reset(new cScan(0, 1, 1));
-  cLockableScanList scans;
-  for (int i = 0; i < 2; ++i) lockable::append(scans, factory.scan);
-  lockable::purge(scans);
-  EXPECT_EQ(factory.scan.use_count(), 1);
 }
 
 // Catches: a wrong value of any width, and half a value decoded.

@@ -25,35 +25,6 @@ inline cSimSetting fast(eSimDialect dialect = eSimDialect::SCIP2,
   return setting;
 }
 
-/// A scanner's changes of health, as it reported them.
-class cChanges {
- public:
-  std::function<void(const tarvo::cHealth&)> getCallback() {
-    return [this](const tarvo::cHealth& health) {
-      const std::lock_guard<std::mutex> lock(mutex);
-      changes.push_back(health);
-    };
-  }
-  std::vector<tarvo::eState> getStates() {
-    const std::lock_guard<std::mutex> lock(mutex);
-    std::vector<tarvo::eState> states;
-    for (const auto& health : changes) states.push_back(health.state);
-    return states;
-  }
-  bool waitFor(tarvo::eState state, tarvo::eProblem problem) {
-    return eventually([&] {
-      const std::lock_guard<std::mutex> lock(mutex);
-      return std::any_of(changes.begin(), changes.end(), [&](const tarvo::cHealth& health) {
-        return health.state == state && health.problem.kind == problem;
-      });
-    });
-  }
-
- private:
-  std::mutex mutex;
-  std::vector<tarvo::cHealth> changes;  // under mutex
-};
-
 /// Waits until the scanner's health is so.
 inline testing::AssertionResult comesTo(const tarvo::cScanner& scanner, tarvo::eState state,
                                         tarvo::eProblem problem = tarvo::eProblem::NONE) {

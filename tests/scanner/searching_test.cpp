@@ -4,78 +4,68 @@
 #include <fcntl.h>
 
 #include "tests/scanner/scannerRig.h"
+#include "tests/support/cCaseName.h"
 #include "tests/support/cPtyPair.h"
 
 using namespace tarvo;
 
 namespace {
 
+using S = cSimSetting;
+
 struct cSearchCase {
   const char* name;
-  std::function<void(cSimSetting&)> change;
-  std::function<void(cSimSensor&)> spoil;
+  void (*change)(cSimSetting&) = [](S&) {};
+  std::optional<eSimFault> fault = {};
+  int value = 0;
+  const char* target = "QT";
+  int times = 0;
 };
 
 const cSearchCase CASES[] = {
-    {"Idle", [](cSimSetting&) {}, [](cSimSensor&) {}},
-    {"Scanning", [](cSimSetting& setting) { setting.scanningAtStart = true; }, [](cSimSensor&) {}},
-    {"SilentToUnknownCommands",
-     [](cSimSetting& setting) { setting.unknownCommands = eSimUnknown::SILENT; },
-     [](cSimSensor&) {}},
-    {"EchoesUnknownCommands",
-     [](cSimSetting& setting) { setting.unknownCommands = eSimUnknown::ECHO_ONLY; },
-     [](cSimSensor&) {}},
-    {"AnswersBlankLines", [](cSimSetting& setting) { setting.blankCommands = eSimUnknown::STATUS; },
-     [](cSimSensor&) {}},
-    {"RemarksOutsideOfSums", [](cSimSetting& setting) { setting.remark = eSimRemark::OUTSIDE_SUM; },
-     [](cSimSensor&) {}},
-    {"Late", [](cSimSetting&) {},
-     [](cSimSensor& sensor) { sensor.setFault(eSimFault::LATE, 250, "answer"); }},
-    {"SilentToQuit", [](cSimSetting&) {},
-     [](cSimSensor& sensor) { sensor.setFault(eSimFault::NO_ANSWER, 0, "QT"); }},
-    {"AnswersTheThirdTime", [](cSimSetting&) {},
-     [](cSimSensor& sensor) { sensor.setFault(eSimFault::NO_ANSWER, 0, "QT", 2); }},
-};
+    {"Idle"},
+    {"Scanning", [](S& setting) { setting.scanningAtStart = true; }},
+    {"SilentToUnknown", [](S& setting) { setting.unknownCommands = eSimUnknown::SILENT; }},
+    {"EchoesUnknown", [](S& setting) { setting.unknownCommands = eSimUnknown::ECHO_ONLY; }},
+    {"AnswersBlankLines", [](S& setting) { setting.blankCommands = eSimUnknown::STATUS; }},
+    {"RemarksOutsideOfSums", [](S& setting) { setting.remark = eSimRemark::OUTSIDE_SUM; }},
+    {"Late", [](S&) {}, eSimFault::LATE, 250, "answer"},
+    {"SilentToQuit", [](S&) {}, eSimFault::NO_ANSWER},
+    {"AnswersTheThirdTime", [](S&) {}, eSimFault::NO_ANSWER, 0, "QT", 2}};
 
-std::string nameOfSearch(
-    const testing::TestParamInfo<std::tuple<cSearchCase, eSimDialect, int>>& info) {
-  const char* const dialects[] = {"Scip2", "Scip1", "Switch"};
-  const auto& [given, dialect, speed] = info.param;
-  return given.name + std::string(dialects[static_cast<int>(dialect)]) + std::to_string(speed);
-}
-
-class Searching : public testing::TestWithParam<std::tuple<cSearchCase, eSimDialect, int>> {};
+class Searching : public testing::TestWithParam<cSearchCase> {};
 
 }  // namespace
 
 // Catches: a sensor that is not found, at another speed or in another dialect; one that is left
 // scanning, so that the next start fails; an identity or parameters that were not fetched.
 TEST_P(Searching, FindsTheSensor) {
-  const auto& [given, dialect, speed] = GetParam();
-  cSimSetting setting = fast(dialect);
-  setting.speed = speed;
-  given.change(setting);
-  cSimSensor sensor(setting);
-  given.spoil(sensor);
-  const cSearchResult result = cSensorSearch({sensor.getPath()}).wait().at(0);
-  ASSERT_TRUE(result.sensor) << result.problem.message;
-  EXPECT_FALSE(result.problem) << result.problem.message;
-  EXPECT_EQ(result.sensor->lineSpeed, speed);
-  EXPECT_EQ(result.sensor->serial, "S0000001");
-  EXPECT_EQ(result.sensor->lastStep, dialect == eSimDialect::SCIP1 ? 724 : 725);
-  const bool isScip2 = dialect == eSimDialect::SCIP2 || setting.scanningAtStart;
-  EXPECT_EQ(result.sensor->dialect, dialect == eSimDialect::SCIP1 ? eDialect::SCIP1
-                                    : isScip2                     ? eDialect::SCIP2
-                                                                  : eDialect::SCIP2_SWITCHED);
-  EXPECT_FALSE(sensor.isScanning());
+  const cSearchCase& given = GetParam();
+  for (const auto& [dialect, speed, found] :
+       {std::tuple(eSimDialect::SCIP2, 115200, eDialect::SCIP2),
+        {eSimDialect::SCIP2, 57600, eDialect::SCIP2},
+        {eSimDialect::SCIP1, 115200, eDialect::SCIP1},
+        {eSimDialect::SCIP1, 57600, eDialect::SCIP1},
+        {eSimDialect::SCIP1_SWITCH, 115200, eDialect::SCIP2_SWITCHED},
+        {eSimDialect::SCIP1_SWITCH, 57600, eDialect::SCIP2_SWITCHED}}) {
+    cSimSetting setting = fast(dialect);
+    setting.speed = speed;
+    given.change(setting);
+    cSimSensor sensor(setting);
+    if (given.fault) sensor.setFault(*given.fault, given.value, given.target, given.times);
+    const cSearchResult result = cSensorSearch({sensor.getPath()}).wait().at(0);
+    ASSERT_TRUE(result.sensor) << result.problem.message;
+    EXPECT_FALSE(result.problem) << result.problem.message;
+    EXPECT_EQ(result.sensor->lineSpeed, speed);
+    EXPECT_EQ(result.sensor->serial, "S0000001");
+    EXPECT_EQ(result.sensor->lastStep, dialect == eSimDialect::SCIP1 ? 724 : 725);
+    const bool isScip2Already = setting.scanningAtStart && dialect == eSimDialect::SCIP1_SWITCH;
+    EXPECT_EQ(result.sensor->dialect, isScip2Already ? eDialect::SCIP2 : found);
+    EXPECT_FALSE(sensor.isScanning());
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Searching,
-                         testing::Combine(testing::ValuesIn(CASES),
-                                          testing::Values(eSimDialect::SCIP2, eSimDialect::SCIP1,
-                                                          eSimDialect::SCIP1_SWITCH),
-                                          testing::Values(115200, 57600)),
-                         nameOfSearch);
+INSTANTIATE_TEST_SUITE_P(All, Searching, testing::ValuesIn(CASES), cCaseName());
 
 // Catches: a verdict that takes longer than five seconds, that has another cause, or that is a
 // sensor; ports that are looked at one after the other; a babbling or an endless line that holds
@@ -83,9 +73,10 @@ INSTANTIATE_TEST_SUITE_P(All, Searching,
 TEST(SensorSearch, SaysWhatWasHeardWhereNothingAnswers) {
   const cPtyPair silent, gps, echo, noise, endless;
   std::atomic<bool> isOver{false};
+  for (const cPtyPair* line : {&gps, &echo, &noise, &endless})
+    fcntl(line->getMaster(), F_SETFL, O_NONBLOCK);
   std::thread talker([&] {
     char typed[256];
-    fcntl(echo.getMaster(), F_SETFL, O_NONBLOCK);
     while (!isOver) {
       [[maybe_unused]] ssize_t done = write(gps.getMaster(), "$GPGGA,123519,4807.038,N*47\r\n", 29);
       done = write(noise.getMaster(), "\x81\xFE\x05\n\xC0\n", 6);
@@ -95,8 +86,6 @@ TEST(SensorSearch, SaysWhatWasHeardWhereNothingAnswers) {
       std::this_thread::sleep_for(5ms);
     }
   });
-  for (const cPtyPair* line : {&gps, &noise, &endless})
-    fcntl(line->getMaster(), F_SETFL, O_NONBLOCK);
   std::vector<cSearchResult> results;
   const long taken = measure([&] {
     results = cSensorSearch({silent.getPath(), gps.getPath(), echo.getPath(), noise.getPath(),

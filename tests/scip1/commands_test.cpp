@@ -1,11 +1,9 @@
 // Single commands of a SCIP 1.x driver, and what it makes of a scan's bytes.
-#include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "tests/scip1/cHeldRig.h"
 #include "tests/support/cPtyPair.h"
-#include "tests/support/waiting.h"
 
 // Catches: a command that differs by a byte, widths that cut a number, "L0" taken for off.
 TEST_F(Scip1, AreExactOnTheWire) {

@@ -1,12 +1,10 @@
 // Scanning over the adapter: what is counted, kept and stopped, when, and from which threads.
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <future>
 
 #include "tests/scip1/cHeldRig.h"
 #include "tests/support/cPtyPair.h"
-#include "tests/support/waiting.h"
 
 /// Runs `action` in another thread, and comes back when that waits for something, or has ended.
 static std::future<void> runUntilAsleep(const std::function<void()>& action) {
@@ -108,43 +106,6 @@ TEST_F(Scip1, CallsWhileScanningAreRefusedOrWaitTheirTurn) {
   EXPECT_EQ(rig.sensor.getCommands(),
             (tLines{"G00700801", "G00700801", "S1152001234567", "G00000101", "L0", "G00000101",
                     "G00000101", "L0", "G00000101"}));
-}
-
-// Catches: an abort's request, or any start still queued, that starts again what a stop has ended.
-TEST_F(Scip1, AbortStartsNothingAgain) {
-  rig.allowAnswers(0);
-  rig.startTwoPoints(1);
-  ASSERT_TRUE(rig.hears("G", 1));
-  for (int i = 0; i < 3; ++i) scip2.abortScan();
-  scip2.stopAll();
-  rig.allowAnswers(-1);
-  scip2.abortScan();
-  scip2.startStoringScan();
-  ASSERT_TRUE(rig.hears("L0", 1)) << "the last request";
-  EXPECT_FALSE(scip2.isScanning());
-  EXPECT_EQ(rig.sensor.getCommands().size(), 2u);
-}
-
-// Catches: a scan of a stopped start that counts for, ends, or lends its range to the next one; a
-// new start that waits for the old one's period.
-TEST(Scip1Counting, OldPassLeavesTheNewStartAlone) {
-  for (const bool isGood : {true, false}) {
-    cHeldRig rig;
-    rig.allowAnswers(0);
-    rig.script("G010011", record("G01001101", isGood ? "0" : "1", isGood ? "0000\n" : ""));
-    rig.scip2.startScan(10, 11, 1, 36000, 0, 0);
-    ASSERT_TRUE(rig.hears("G010011", 1));
-    rig.scip2.stopAll();
-    EXPECT_EQ(rig.scip2.startScan(20, 21, 1, 36000, isGood ? 1 : 0, 0), 1);
-    rig.allowAnswers(1);
-    ASSERT_TRUE(rig.hears("G02002101", 1));
-    rig.scip2.startStoringScan();
-    rig.allowAnswers(-1);
-    ASSERT_TRUE(rig.hears("L0", 1)) << "once the scan is counted";
-    EXPECT_TRUE(rig.scip2.isScanning());
-    EXPECT_EQ(rig.scip2.scansToGo(), isGood ? 0 : -1);
-    EXPECT_EQ(rig.scip2.getScanNum(), isGood ? 2 : 1);
-  }
 }
 
 // Catches: scans that are put off, each by a period more, after one that took three periods; a wait

@@ -28,7 +28,6 @@ TEST(Callers, SeeNoRecordsOfAStartThatFailed) {
   for (const auto& [status, scans, complaint] :  // "": there is no acknowledgement
        {tRow{"01", 1, " startScan:: scip2Status:1\n startScan:: error??\n"},
         tRow{"2049", 1, " startScan:: scip2Status:2049\n startScan:: error??\n"},
-        tRow{"5000", 1, " startScan:: scip2Status:5000\n startScan:: error??\n"},
         tRow{"-5", 1, " startScan:: scip2Status:-5\n startScan:: error??\n"},
         tRow{"0E", 2, " startScan:: scip2ExtStatus:0E\n startScan:: error??\n"},
         tRow{"", 0, " startScan:: comm error??\n"}}) {

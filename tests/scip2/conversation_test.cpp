@@ -1,6 +1,4 @@
 // Requests, tags, answers and listeners of the communication thread, and how it is stopped.
-#include <set>
-
 #include "tests/support/cScriptedSensor.h"
 
 namespace {
@@ -58,30 +56,6 @@ TEST(Listener, WaitsItsWholeTimeForARecord) {
   EXPECT_GE(measure([&] { EXPECT_FALSE(listener.waitRecord(60)); }), 60);
 }
 
-// Catches: the link's last SCIP 1.x exchange forgotten by a read that brings nothing.
-TEST(Comm, LeavesCommandAndTimeInTheLinkUntilAnEchoComes) {
-  cSession session(keepSilent);
-  session.link->record.command = "V";
-  const auto time = session.link->record.time = boost::posix_time::microsec_clock::local_time();
-  session.comm.sendRequest("VV", 1);
-  EXPECT_TRUE(eventually([&] {
-    boost::mutex::scoped_lock guard(session.link->mutex);
-    return session.link->record.error == cSCIPError::ETIMEOUT_ECHO;
-  }));
-  session.comm.giveUp();
-  EXPECT_EQ(session.link->record.command, "V");
-  EXPECT_EQ(session.link->record.time, time);
-}
-
-// What else a sum is taken over, the driver's tests ask.
-// Catches: a line end that counts, an empty line taken for one with a sum.
-TEST(Comm, ValidatesALineWithItsEnd) {
-  std::string line = "00P\n", empty = "\n";
-  EXPECT_TRUE(cSCIP2Comm::validateLine(line, false));
-  EXPECT_EQ(line, "00");
-  EXPECT_THROW(cSCIP2Comm::validateLine(empty, false), std::out_of_range);
-}
-
 // The caller returns after the first line.
 // Catches: the second one read from its dead stack, a wait by tag for what nobody asked.
 TEST(Comm, ResumesARequestWithTwoLinesAndOneRecordToCome) {
@@ -95,57 +69,6 @@ TEST(Comm, ResumesARequestWithTwoLinesAndOneRecordToCome) {
   session.sensor.inject(answer("MD;1") + answer("MS;3"));
   EXPECT_EQ(takeEcho(listener), "MS;3");
   EXPECT_TRUE(eventually([&] { return listener->isComplete(); }));
-}
-
-// Catches: a scan's listener that serves a "QT" while the scan's records wait in it.
-TEST(Comm, GivesAKeptListenerToNobodyUntilItIsReturned) {
-  cSession session([](const std::string& line) { return scanOf("MD;1", "00") + answer(line); });
-  cSCIP2RecordListener* const claimed = session.comm.claimRequest("MD", 3);
-  boost::shared_ptr<cSCIP2RecordListener> kept = session.comm.detach(claimed);
-  const auto isUsed = [&](int exchanges) {
-    bool isOneOfThem = false;
-    while (exchanges-- > 0) {
-      cSCIP2RecordListener* const listener = session.comm.claimRequest("QT", 1);
-      EXPECT_EQ(takeEcho(listener).substr(0, 2), "QT");
-      session.comm.release(listener);
-      isOneOfThem |= listener == claimed;
-    }
-    return isOneOfThem;
-  };
-  EXPECT_FALSE(isUsed(4));
-  EXPECT_TRUE(eventually([&] { return kept->isComplete(); }));
-  kept.reset();
-  EXPECT_TRUE(isUsed(4)) << "emptied, and in use again";
-}
-
-// Catches: a listener, and a search through all of them, more with every command to a sensor that
-// has gone mute for a year.
-TEST(Comm, BoundsTheRequestsThatNobodyWaitsFor) {
-  cSession session(keepSilent, 1);
-  std::set<cSCIP2RecordListener*> used;
-  for (int i = 0; i < 300; ++i) {
-    cSCIP2RecordListener* const listener = session.comm.claimRequest("VV", 1);
-    used.insert(listener);
-    session.comm.release(listener);
-  }
-  EXPECT_LT(used.size(), 260u);
-}
-
-// Catches: two readers on the line: the thread must be asleep, and what it waited for forgotten. It
-// pauses for 100 ms before it reads again.
-TEST(Comm, ReadsNothingOnceItGaveUp) {
-  cSession session(keepSilent);
-  session.comm.sendRequest("VV", 1);
-  session.comm.sendRequest("MD", -1);
-  session.comm.giveUp();
-  session.link->portbuf->readTimeout = LONG;
-  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
-  for (int i = 0; std::chrono::steady_clock::now() < end; ++i) {
-    const std::string echo = "V" + std::to_string(i);
-    session.sensor.inject(answer(echo));
-    ASSERT_TRUE(session.link->recvRecord());
-    ASSERT_EQ(session.link->record.echo, echo);
-  }
 }
 
 // Slow babble must be ended between two reads: its line or record would take 8 s and more to reach

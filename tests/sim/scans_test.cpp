@@ -1,7 +1,5 @@
 // That a scan holds what the world has is checked from the other end by the driver's tests; that
 // scans are skipped on a slow line, by the scanner's; line speeds and plugs, by both.
-#include "sim/cSimModel.h"
-#include "sim/cSimWorld.h"
 #include "tests/sim/cRawHost.h"
 
 using M = eSimModel;
@@ -49,17 +47,4 @@ TEST(SimScans, CountDownAtTheTurningRate) {
   EXPECT_EQ(host.sensor.getSentScans(), turns);
   EXPECT_EQ(host.ask("GD0044004401"), "GD0044004401\n10Q\n\n");
   EXPECT_EQ(host.readAll(), "");
-}
-
-// Catches: distances that the model cannot measure, or error values that it does not have.
-TEST(SimWorld, ReadingsAreWithinTheModel) {
-  for (const eSimModel kind : {M::SHORT_RANGE, M::MIDDLE_RANGE, M::LONG_RANGE}) {
-    const cSimModel& model = cSimModel::of(kind);
-    const cSimWorld world(model, model.rate(), 3);
-    for (const int reading : world.scan(77, model.first, model.last, 1, INT_MAX)) {
-      const bool isError = reading < model.minDistance;
-      EXPECT_GE(reading, model.firstError);
-      EXPECT_LE(reading, isError ? model.lastError : model.maxDistance);
-    }
-  }
 }

@@ -13,8 +13,6 @@ class cSession {
   cSession(const cSimSetting& setting, std::mt19937& rng, cTally& tally)
       : rng(rng), tally(tally), sensor(setting), scans(sensor, tally) {}
   virtual ~cSession() = default;
-  cSession(const cSession&) = delete;
-  cSession& operator=(const cSession&) = delete;
 
   /// Some faults one after the other, until `end` at the latest, and then the end of the scans.
   void run(cClock::time_point end) {

@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
-#include <iostream>
 
 #include "tests/soak/cDriverSession.h"
 #include "tests/soak/cScannerSession.h"
@@ -21,13 +21,10 @@ constexpr long RSS_GROWTH = 8192;  // kB after the warm-up, for buffers of the C
 
 cTally tally;
 
-struct cSize {
-  long rss;  // kB
-  long descriptors;
-  int threads;
-};
+/// kB, descriptors, threads.
+using tSize = std::array<long, 3>;
 
-cSize measure() {
+tSize measure() {
   malloc_trim(0);
   long pages = 0;
   std::ifstream("/proc/self/statm") >> pages >> pages;
@@ -35,14 +32,13 @@ cSize measure() {
   return {pages * sysconf(_SC_PAGESIZE) / 1024, std::distance(descriptors, {}), countThreads()};
 }
 
-std::ostream& operator<<(std::ostream& out, const cSize& size) {
-  return out << size.rss << " kB, " << size.descriptors << " descriptors, " << size.threads
-             << " threads";
+std::string toText(const tSize& size) {
+  return std::to_string(size[0]) + " kB, " + std::to_string(size[1]) + " descriptors, " +
+         std::to_string(size[2]) + " threads";
 }
 
-bool isFlat(const cSize& before, const cSize& after) {
-  return after.rss <= before.rss + RSS_GROWTH && after.descriptors <= before.descriptors &&
-         after.threads <= before.threads;
+bool isFlat(const tSize& before, const tSize& after) {
+  return after[0] <= before[0] + RSS_GROWTH && after[1] <= before[1] && after[2] <= before[2];
 }
 
 /// Runs sessions one after the other on each of the sensors; prints a line a minute.
@@ -61,7 +57,7 @@ void soak(cClock::time_point end) {
   }
   for (int minute = 1; cClock::now() + std::chrono::minutes(1) < end; ++minute) {
     std::this_thread::sleep_for(std::chrono::minutes(1));
-    std::cout << "minute " << minute << ": " << tally << "; " << measure() << std::endl;
+    std::cout << "minute " << minute << ": " << tally << "; " << toText(measure()) << std::endl;
   }
   for (std::thread& thread : threads) thread.join();
 }
@@ -76,12 +72,12 @@ int main(int argc, char** argv) {
   }
   const auto begin = cClock::now();
   soak(begin + std::chrono::seconds(std::min(seconds / 5 + 1, 60)));  // the warm-up
-  const cSize before = measure();
+  const tSize before = measure();
   soak(begin + std::chrono::seconds(seconds));
-  const cSize after = measure();
+  const tSize after = measure();
   const bool passed = isFlat(before, after) && tally.passed();
   std::cout << "all: " << tally << '\n'
-            << (passed ? "passed: " : "FAILED: ") << before << " after the warm-up; " << after
-            << " at the end" << std::endl;
+            << (passed ? "passed: " : "FAILED: ") << toText(before) << " after the warm-up; "
+            << toText(after) << " at the end" << std::endl;
   return passed ? 0 : 1;
 }

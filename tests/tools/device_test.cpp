@@ -1,6 +1,5 @@
 // Ports and who has them. What is said of one that may not be opened, the documentation's tests
 // compare.
-#include <csignal>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/cPtyPair.h"

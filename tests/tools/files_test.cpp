@@ -1,14 +1,11 @@
 // The files that a run writes: -o and --plot.
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cmath>
-#include <csignal>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/cPtyPair.h"
-#include "tests/support/settings.h"
 #include "tests/tools/cProgram.h"
 #include "tests/tools/cTempFolder.h"
 
@@ -50,16 +47,13 @@ TEST(ProgramPlot, hasEachValidReadingOfTheLastScanInItsPlace) {
   for (; step <= 725; ++step) EXPECT_LT(distances[step - 44], 20) << step << " is not drawn";
 }
 
-// Would catch a file of the name "-", a drawing with rows in it, and a terminal refused as if it
-// were a sensor's.
+// Would catch a file of the name "-", and a drawing with rows in it.
 TEST(ProgramFiles, areStandardOutputByAHyphen) {
   const cTempFolder folder;
   const auto isDrawing = [](const std::string& text) { return text.rfind("<?xml", 0) == 0; };
   EXPECT_TRUE(isDrawing(runProgram({"scan", "sim:", "--plot", "-"}).output));
   EXPECT_TRUE(isDrawing(runProgram({"scan", "sim:", "--plot", "-", "-o", folder / "rows"}).output));
   EXPECT_EQ(linesOf(readFile(folder / "rows")).size(), 2u);
-  cProgram terminal({"scan", "sim:", "-o", "/dev/stdout"}, {PROGRAM_PATH, {}, true});
-  EXPECT_EQ(terminal.wait(), 0) << terminal.getOutput();
 }
 
 // Would catch good data of an earlier run lost for a run that failed or was cut short, and its own

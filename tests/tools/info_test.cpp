@@ -18,10 +18,3 @@ TEST(ProgramInfo, tellsInJsonWhatTheSensorTells) {
       {"steps_per_turn", 1440},     {"speed_rpm", 2400},     {"line_speed_bps", 57600}};
   for (const auto& [key, value] : expected.items()) EXPECT_EQ(object[key], value) << key;
 }
-
-// Would catch a sensor left in the dialect that can do less, or reported as speaking another one.
-TEST(ProgramInfo, tellsTheDialectAndSwitchesItWhereItCan) {
-  EXPECT_TRUE(holds(runProgram({"info", "sim:,scip1"}).output, "  SCIP 1.x\n"));
-  EXPECT_TRUE(holds(runProgram({"info", "sim:short,scip1-switch"}).output,
-                    "  SCIP 2.0, switched from SCIP 1.x\n"));
-}

@@ -1,4 +1,3 @@
-#include <csignal>
 #include <nlohmann/json.hpp>
 
 #include "tests/tools/cProgram.h"

@@ -1,47 +1,38 @@
 // How a run ends: by its user, by its reader, and by its options. What its sensor does to it, the
 // documentation's tests have.
-#include <csignal>
-#include <fstream>
 #include <tuple>
 
 #include "tests/support/cPtyPair.h"
-#include "tests/support/settings.h"
 #include "tests/tools/cProgram.h"
 
 using cClock = std::chrono::steady_clock;
 constexpr std::chrono::seconds GONE{3};
 
-// A count of scans, a signal (0: its reader closes its output), its status, whether the sensor is
-// mute: "QT" and the abort would then wait 4 s for their answers.
-using cEnding = std::tuple<const char*, int, int, bool>;
-
-class ProgramEnding : public testing::TestWithParam<cEnding> {};
-
 // Would catch a laser left on, a row cut in its middle, a robot that waits for a dead sensor, and a
 // shell's loop that goes on after Ctrl-C.
-TEST_P(ProgramEnding, isSoonAndBySignalIfItCutsARunShort) {
-  const auto [count, signal, status, isMute] = GetParam();
-  cSimSensor sensor(turning());
-  cProgram program({"scan", sensor.getPath(), "-n", count});
-  for (int line = 0; line < 4; ++line) program.readLine();
-  if (isMute) sensor.setFault(eSimFault::STALL);
-  const auto before = cClock::now();
-  if (signal == 0) program.closeOutput();
-  program.signal(signal);
-  EXPECT_EQ(program.wait(), status) << program.getErrors();
-  EXPECT_LT(cClock::now() - before, GONE);
-  EXPECT_EQ(program.getOutput().back(), '\n') << "the last row is cut";
-  EXPECT_TRUE(sensor.waitForCommand("QT", std::chrono::seconds(10), 2)) << "1 at the start";
+TEST(ProgramEnd, isSoonAndBySignalIfItCutsARunShort) {
+  // A signal (0: its reader closes its output). With a mute sensor "QT" and the abort would wait
+  // 4 s for their answers.
+  for (const auto& [count, signal, status, isMute] : {std::tuple("0", SIGTERM, 0, false),
+                                                      {"0", SIGHUP, 0, false},
+                                                      {"0", SIGINT, 0, true},
+                                                      {"0", 0, 0, true},
+                                                      {"5000", SIGINT, -SIGINT, false},
+                                                      {"5000", 0, -SIGPIPE, false},
+                                                      {"5000", SIGTERM, -SIGTERM, true}}) {
+    cSimSensor sensor(turning());
+    cProgram program({"scan", sensor.getPath(), "-n", count});
+    for (int line = 0; line < 4; ++line) program.readLine();
+    if (isMute) sensor.setFault(eSimFault::STALL);
+    const auto before = cClock::now();
+    if (signal == 0) program.closeOutput();
+    program.signal(signal);
+    EXPECT_EQ(program.wait(), status) << program.getErrors();
+    EXPECT_LT(cClock::now() - before, GONE);
+    EXPECT_EQ(program.getOutput().back(), '\n') << "the last row is cut";
+    EXPECT_TRUE(sensor.waitForCommand("QT", std::chrono::seconds(10), 2)) << "1 at the start";
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(All, ProgramEnding,
-                         testing::Values(cEnding("0", SIGINT, 0, false),
-                                         cEnding("0", SIGTERM, 0, false),
-                                         cEnding("0", SIGHUP, 0, false), cEnding("0", 0, 0, false),
-                                         cEnding("0", SIGINT, 0, true), cEnding("0", 0, 0, true),
-                                         cEnding("5000", SIGINT, -SIGINT, false),
-                                         cEnding("5000", 0, -SIGPIPE, false),
-                                         cEnding("5000", SIGTERM, -SIGTERM, true)));
 
 // Would catch a run that goes on, or is cut short by its own end.
 TEST(ProgramEnd, comesWhenItsDurationIsOverOrItsScansAreTaken) {

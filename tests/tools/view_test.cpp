@@ -1,6 +1,3 @@
-#include <unistd.h>
-
-#include <csignal>
 #include <tuple>
 
 #include "tests/support/settings.h"
@@ -12,9 +9,9 @@ const std::string TAKE = "\x1b[?1049h";   // alternate screen
 const std::string LEAVE = "\x1b[?1049l";  // and back
 
 /// The live picture of a sensor, up and running.
-class ProgramView : public testing::Test {
- protected:
-  ProgramView() {
+class cView {
+ public:
+  cView() {
     program.waitFor(TAKE);
     program.waitFor("q quit");
     program.waitFor(" s old");
@@ -63,50 +60,42 @@ TEST(ProgramViewOnce, isPlainTextOfTheSizeTold) {
   EXPECT_TRUE(comesToRest(sensor));
 }
 
-// Would catch keys that do nothing or something else, and a pause that shows a live picture.
-TEST_F(ProgramView, zoomsFitsPausesAndQuitsByKeys) {
+// Would catch keys that do nothing or something else, a pause that shows a live picture, and a
+// picture that ends with the cable, does not say why it stands still, or does not move again.
+TEST(ProgramView, zoomsFitsPausesAndQuitsByKeysAndOutlivesAPulledCable) {
+  cView view;
   // "+" and a function key, whose 0 and ~ are no keys.
   for (const auto& [keys, shown] :
        {std::pair("+\x1b[20~", "rings 1 m"), std::pair("-----", "rings 5 m"),
         std::pair("0", "rings 2 m"), std::pair(" ", "PAUSED")}) {
-    program.type(keys);
-    program.waitFor(shown);
+    view.program.type(keys);
+    view.program.waitFor(shown);
   }
-  program.waitFor("0.2 s old");  // the picture ages, at 50 scans a second
-  program.type("q");
-  EXPECT_TRUE(holds(expectGivenBack(0), " dropped, ")) << "no summary";
-  EXPECT_TRUE(comesToRest(sensor));
+  view.program.waitFor("0.2 s old");  // the picture ages, at 50 scans a second
+  view.program.type(" ");
+  view.sensor.unplug();
+  view.program.waitFor("NO SCANS, ");
+  view.program.waitFor(view.link);
+  view.sensor.plug();
+  view.program.waitFor("scans/s");
+  view.program.type("q");
+  EXPECT_TRUE(holds(view.expectGivenBack(0), " 1 reconnect\r\n")) << "no summary";
+  EXPECT_TRUE(comesToRest(view.sensor));
 }
-
-// Would catch a picture that ends with the cable, that does not say why it stands still, or that
-// does not move again.
-TEST_F(ProgramView, goesOnThroughAPulledCable) {
-  sensor.unplug();
-  program.waitFor("NO SCANS, ");
-  program.waitFor(link);
-  sensor.plug();
-  program.waitFor("scans/s");
-  program.type("q");
-  EXPECT_TRUE(holds(expectGivenBack(0), " 1 reconnect\r\n"));
-}
-
-using cViewEnd = std::tuple<int, int, bool>;  // a signal, its status, whether the sensor is mute
-
-class ProgramViewEnd : public ProgramView, public testing::WithParamInterface<cViewEnd> {};
 
 // Would catch a shell that is left without echo and cursor. With a mute sensor the process ends
 // itself before that is stopped.
-TEST_P(ProgramViewEnd, bySignalGivesTheTerminalBack) {
-  const auto [signal, status, isMute] = GetParam();
-  if (isMute) sensor.setFault(eSimFault::STALL);
-  program.signal(signal);
-  expectGivenBack(status);
+TEST(ProgramView, givesTheTerminalBackBySignal) {
+  for (const auto& [signal, status, isMute] : {std::tuple(SIGINT, 0, false),
+                                               {SIGHUP, 0, false},
+                                               {SIGABRT, -SIGABRT, false},
+                                               {SIGTERM, 0, true}}) {
+    cView view;
+    if (isMute) view.sensor.setFault(eSimFault::STALL);
+    view.program.signal(signal);
+    view.expectGivenBack(status);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(All, ProgramViewEnd,
-                         testing::Values(cViewEnd(SIGINT, 0, false), cViewEnd(SIGHUP, 0, false),
-                                         cViewEnd(SIGABRT, -SIGABRT, false),
-                                         cViewEnd(SIGTERM, 0, true)));
 
 // Would catch a shell that is left without echo by Ctrl-Z, and a picture that does not come back.
 TEST(ProgramViewJob, leavesTheTerminalToTheShellByCtrlZAndTakesItByFg) {
