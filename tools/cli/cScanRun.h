@@ -67,7 +67,8 @@ class cScanRun {
   cRateMeter meter;
   bool isBegun = false;
   bool hasWarned = false;
-  tarvo::cHealth counted;        // when the latest scan taken was the latest of all
+  tarvo::cHealth counted;        // of the sensor, so far
+  bool isAhead = false;          // scans wait that it counts already
   std::uint64_t lastNumber = 0;  // of the last scan
   tarvo::tScanPtr last;          // empty: none yet
 };
