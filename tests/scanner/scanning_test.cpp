@@ -1,5 +1,6 @@
 // What a scanner hands out while all is well, and to whom.
 #include <poll.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <future>
@@ -173,8 +174,11 @@ TEST(Scanner, ManyRunSideBySideWithoutAWord) {
       cSimSetting setting = fast(i % 4 == 3 ? eSimDialect::SCIP1 : eSimDialect::SCIP2);
       setting.rate = 40;
       setting.seed = static_cast<std::uint32_t>(i + 1);
+      // A pty's own path may soon be another test's, and the scanners go on looking at theirs.
+      setting.link =
+          testing::TempDir() + "many-" + std::to_string(getpid()) + "-" + std::to_string(i);
       sensors.push_back(std::make_unique<cSimSensor>(setting));
-      scanners.push_back(std::make_unique<cScanner>(sensors.back()->getPath()));
+      scanners.push_back(std::make_unique<cScanner>(setting.link));
     }
     std::set<std::string> serials;
     for (auto& scanner : scanners) {
